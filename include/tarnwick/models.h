@@ -1,0 +1,160 @@
+// The records that an index returns.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "tarnwick/text.h"
+
+namespace tarnwick {
+
+/// An indexed code symbol, read member by member.
+///
+/// A build reads a member only in a step that needs it, so an implementation may fetch lazily; what an accessor
+/// throws reaches the caller of the build. The references and the views behind them stay valid, and their values
+/// unchanged, as long as the symbol lives. Thread rule: as the index that returned it.
+class Symbol {
+ public:
+  Symbol() = default;
+  Symbol(const Symbol&) = delete;
+  Symbol& operator=(const Symbol&) = delete;
+  virtual ~Symbol() = default;
+
+  /// Identity in the index; positive. Absent or 0: the symbol cannot be looked up.
+  virtual std::optional<std::int64_t> id() const = 0;
+  /// The id of the file that holds the symbol; absent or 0 when unknown.
+  virtual std::optional<std::int64_t> file_id() const = 0;
+  /// Short name, as written in the code.
+  virtual const Text& name() const = 0;
+  /// Fully qualified name; the key of Repository::get_references and get_symbol_by_fqn.
+  virtual const Text& fqn() const = 0;
+  /// Lowercase kind word, such as "class" or "function"; any word is allowed.
+  virtual const Text& kind() const = 0;
+  /// Whether the symbol is exported from its module.
+  virtual bool is_export() const = 0;
+  /// First line in its file, from 1.
+  virtual std::int64_t start_line() const = 0;
+  /// Last line in its file, from 1, inclusive.
+  virtual std::int64_t end_line() const = 0;
+  /// Declaration as stored.
+  virtual const OptionalText& signature() const = 0;
+  /// Documentation as stored.
+  virtual const OptionalText& docstring() const = 0;
+  /// Whether the index shortened the stored documentation.
+  virtual bool docstring_truncated() const = 0;
+  /// Base cost of the symbol's pack entry in tokens, without its docstring and snippet; not negative.
+  virtual std::int64_t token_count() const = 0;
+};
+
+using SymbolPtr = std::shared_ptr<const Symbol>;
+
+/// The members of a symbol as plain values, for indexes that have them all at hand.
+struct SymbolFields {
+  std::optional<std::int64_t> id;
+  std::optional<std::int64_t> file_id;
+  Text name;
+  Text fqn;
+  Text kind;
+  bool is_export = false;
+  std::int64_t start_line = 1;
+  std::int64_t end_line = 1;
+  OptionalText signature;
+  OptionalText docstring;
+  bool docstring_truncated = false;
+  std::int64_t token_count = 0;
+};
+
+/// A symbol that answers from `fields`; safe to read from several threads.
+SymbolPtr make_symbol(SymbolFields fields);
+
+struct OrderKey;
+
+/// A value of a collaborator that only the collaborator can compare.
+class Comparable {
+ public:
+  Comparable() = default;
+  Comparable(const Comparable&) = delete;
+  Comparable& operator=(const Comparable&) = delete;
+  virtual ~Comparable() = default;
+
+  /// Whether this orders before / behind `other`; both may throw, and need not be consistent.
+  virtual bool less(const OrderKey& other) const = 0;
+  virtual bool greater(const OrderKey& other) const = 0;
+};
+
+/// A value that is only ordered: a rank, a fan-in. A plain number, or, when `value` is there, a collaborator's own.
+struct OrderKey {
+  double number = 0;
+  std::shared_ptr<const Comparable> value = nullptr;
+
+  friend bool operator<(const OrderKey& a, const OrderKey& b) {
+    if (a.value) return a.value->less(b);
+    return b.value ? b.value->greater(a) : a.number < b.number;
+  }
+};
+
+/// A component of the repository; an id that is absent or 0 makes it count as unknown.
+struct Component {
+  std::optional<std::int64_t> id;
+};
+
+/// A file of a component; one whose id is absent or 0 is passed over.
+struct File {
+  std::optional<std::int64_t> id;
+};
+
+/// The symbol that holds a reference, as far as it is known.
+struct CallerSymbol {
+  OptionalText fqn;
+  OptionalText kind;
+  OptionalText name;
+};
+
+/// A place that uses a symbol, read member by member as Symbol is.
+class Reference {
+ public:
+  Reference() = default;
+  Reference(const Reference&) = delete;
+  Reference& operator=(const Reference&) = delete;
+  virtual ~Reference() = default;
+
+  /// "call" marks a call; other words are the index's own.
+  virtual Text usage_type() const = 0;
+  /// Absent when no symbol holds the reference.
+  virtual std::optional<CallerSymbol> caller_symbol() const = 0;
+  /// The referencing line.
+  virtual OptionalText context() const = 0;
+};
+
+using ReferencePtr = std::shared_ptr<const Reference>;
+
+/// What a test has to do with one source file.
+class FileTest {
+ public:
+  FileTest() = default;
+  FileTest(const FileTest&) = delete;
+  FileTest& operator=(const FileTest&) = delete;
+  virtual ~FileTest() = default;
+
+  /// Smaller is closer to the source file.
+  virtual OrderKey rank() const = 0;
+  /// The test file's repository path.
+  virtual Text path() const = 0;
+};
+
+/// A test that reaches at least one of the source files asked about.
+class TestRecord {
+ public:
+  TestRecord() = default;
+  TestRecord(const TestRecord&) = delete;
+  TestRecord& operator=(const TestRecord&) = delete;
+  virtual ~TestRecord() = default;
+
+  /// What the test has to do with the source file `path` alone; null, which is no error, when it does not reach it.
+  virtual std::shared_ptr<const FileTest> alone(const Text& path) const = 0;
+};
+
+}  // namespace tarnwick

@@ -1,0 +1,16 @@
+// Letter case and length of text.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace tarnwick::text {
+
+/// The full Unicode lowercase mapping, independent of the locale; lone surrogates stay.
+std::string lowercase(std::string_view text);
+
+/// The number of code points; a lone surrogate counts 1.
+std::int64_t length(std::string_view text);
+
+}  // namespace tarnwick::text
