@@ -6,8 +6,9 @@
 
 namespace tarnwick {
 
-/// The logging facility of whoever runs the component. The component writes one kind of record: a warning about
-/// covering tests that could not be read. Implementations must be as thread-safe as the builders that share them.
+/// The logging facility of whoever runs the component. The component writes one kind of record: a warning
+/// about covering tests that could not be read. Implementations must be as thread-safe as the builders that
+/// share them.
 class Logger {
  public:
   Logger() = default;
@@ -15,10 +16,11 @@ class Logger {
   Logger& operator=(const Logger&) = delete;
   virtual ~Logger() = default;
 
-  /// Writes one warning: `message` with its single "%s" standing for `argument`, and the caught `error`, never null.
-  /// Template and argument come apart so that a facility that groups records by template can. What it throws
-  /// reaches the caller of the build.
-  virtual void warning(std::string_view message, std::string_view argument, const std::exception_ptr& error) = 0;
+  /// Writes one warning: `message` with its single "%s" standing for `argument`, and the caught `error`,
+  /// never null. Template and argument come apart so that a facility that groups records by template can.
+  /// What it throws reaches the caller of the build.
+  virtual void warning(std::string_view message, std::string_view argument,
+                       const std::exception_ptr& error) = 0;
 };
 
 }  // namespace tarnwick

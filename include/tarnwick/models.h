@@ -13,9 +13,9 @@ namespace tarnwick {
 
 /// An indexed code symbol, read member by member.
 ///
-/// A build reads a member only in a step that needs it, so an implementation may fetch lazily; what an accessor
-/// throws reaches the caller of the build. The references and the views behind them stay valid, and their values
-/// unchanged, as long as the symbol lives. Thread rule: as the index that returned it.
+/// A build reads a member only in a step that needs it, so an implementation may fetch lazily; what an
+/// accessor throws reaches the caller of the build. The references and the views behind them stay valid, and
+/// their values unchanged, as long as the symbol lives. Thread rule: as the index that returned it.
 class Symbol {
  public:
   Symbol() = default;
@@ -85,7 +85,8 @@ class Comparable {
   virtual bool greater(const OrderKey& other) const = 0;
 };
 
-/// A value that is only ordered: a rank, a fan-in. A plain number, or, when `value` is there, a collaborator's own.
+/// A value that is only ordered: a rank, a fan-in. A plain number, or, when `value` is there, a
+/// collaborator's own.
 struct OrderKey {
   double number = 0;
   std::shared_ptr<const Comparable> value = nullptr;
@@ -153,7 +154,8 @@ class TestRecord {
   TestRecord& operator=(const TestRecord&) = delete;
   virtual ~TestRecord() = default;
 
-  /// What the test has to do with the source file `path` alone; null, which is no error, when it does not reach it.
+  /// What the test has to do with the source file `path` alone; null, which is no error, when it does not
+  /// reach it.
   virtual std::shared_ptr<const FileTest> alone(const Text& path) const = 0;
 };
 

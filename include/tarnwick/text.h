@@ -14,8 +14,8 @@ namespace tarnwick {
 /// An immutable UTF-8 text together with whatever keeps its characters alive.
 ///
 /// Copies share the characters. A host whose strings are objects derives from Owner, so that a text that went
-/// through a build comes back as the very object it came from. Lone surrogates of a host are allowed, as three
-/// bytes each; an embedded NUL is a character like any other. Comparison is by content.
+/// through a build comes back as the very object it came from. Lone surrogates of a host are allowed, as
+/// three bytes each; an embedded NUL is a character like any other. Comparison is by content.
 ///
 /// Thread rule: a Text may be read from several threads; an Owner must be safe to destroy on any of them.
 class Text {
@@ -30,8 +30,9 @@ class Text {
   };
 
   Text() = default;
-  Text(std::string text);       // NOLINT(google-explicit-constructor): a text is a string wherever one is asked for
-  Text(std::string_view text);  // NOLINT(google-explicit-constructor)
+  Text(
+      std::string text);  // NOLINT(google-explicit-constructor): a text is a string wherever one is asked for
+  Text(std::string_view text);                              // NOLINT(google-explicit-constructor)
   Text(const char* text) : Text(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
   /// Refers to `view` without a copy; `owner` keeps it alive and is not null.
   Text(std::string_view view, std::shared_ptr<const Owner> owner) : view_(view), owner_(std::move(owner)) {}
@@ -55,7 +56,9 @@ class Text {
 using OptionalText = std::optional<Text>;
 
 /// Whether a text is there and has at least one character.
-inline bool has_text(const OptionalText& text) { return text && !text->empty(); }
+inline bool has_text(const OptionalText& text) {
+  return text && !text->empty();
+}
 
 /// Hash for containers keyed by Text that are also searched by std::string_view.
 struct TextHash {

@@ -7,8 +7,8 @@
 
 namespace tarnwick::text {
 
-/// The text of a file's bytes: each maximal invalid part becomes one U+FFFD, then CR LF and lone CR become LF. A
-/// byte-order mark stays. Linear time.
+/// The text of a file's bytes: each maximal invalid part becomes one U+FFFD, then CR LF and lone CR become
+/// LF. A byte-order mark stays. Linear time.
 std::string decode_file(std::string_view bytes);
 
 /// The lines of a text, each with its line feed, but for a last one that has none. A line ends at a line feed

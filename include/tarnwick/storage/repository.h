@@ -59,15 +59,15 @@ class TestRecords {
 
 /// The index of one repository: symbols, files, components, references, fan-in and covering tests.
 ///
-/// Paths are relative to the repository root, the same text in every operation. Operations are const and are called
-/// one at a time within a build; an index that several threads build over must answer them from several threads.
-/// What an operation throws reaches the caller of the build unchanged, but for test_paths and find_covering_tests
-/// inside the covering-test lookup. An unknown name, id or path is no error: the answer lacks it.
-/// Pointers to answers are never null, unless the operation says so.
+/// Paths are relative to the repository root, the same text in every operation. Operations are const and are
+/// called one at a time within a build; an index that several threads build over must answer them from
+/// several threads. What an operation throws reaches the caller of the build unchanged, but for test_paths
+/// and find_covering_tests inside the covering-test lookup. An unknown name, id or path is no error: the
+/// answer lacks it. Pointers to answers are never null, unless the operation says so.
 class Repository : public FanInQueries {
  public:
-  /// The symbols whose names match `pattern`, at most `limit`. Without "%" a pattern is a whole name; "%" stands for
-  /// any run of characters. `source_only` leaves out the symbols of documentation and data files.
+  /// The symbols whose names match `pattern`, at most `limit`. Without "%" a pattern is a whole name; "%"
+  /// stands for any run of characters. `source_only` leaves out the symbols of documentation and data files.
   virtual SymbolMatches search_symbols(const Text& pattern, std::int64_t limit, bool source_only) const = 0;
 
   /// The component of that name, or nothing.
@@ -77,7 +77,8 @@ class Repository : public FanInQueries {
   virtual std::vector<File> get_files_by_component(std::int64_t component_id) const = 0;
 
   /// The path of each symbol's file, in one batch; `symbols` may be empty.
-  virtual std::shared_ptr<const PathMap> get_file_paths_batch(const std::vector<SymbolPtr>& symbols) const = 0;
+  virtual std::shared_ptr<const PathMap> get_file_paths_batch(
+      const std::vector<SymbolPtr>& symbols) const = 0;
 
   /// Which of `paths` (possibly none, possibly repeated) are test files.
   virtual std::shared_ptr<const PathSet> test_paths(const std::vector<Text>& paths) const = 0;

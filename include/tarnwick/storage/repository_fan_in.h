@@ -48,8 +48,8 @@ class FanInQueries {
   FanInQueries& operator=(const FanInQueries&) = delete;
   virtual ~FanInQueries() = default;
 
-  /// The production fan-in of each of `ids` (never empty, duplicates possible); a missing id counts as 0. Numbers
-  /// and values of the index's own may stand side by side as long as they compare with each other.
+  /// The production fan-in of each of `ids` (never empty, duplicates possible); a missing id counts as 0.
+  /// Numbers and values of the index's own may stand side by side as long as they compare with each other.
   virtual std::shared_ptr<const IdMap<OrderKey>> production_fan_in(
       const std::vector<std::int64_t>& ids) const = 0;
 };

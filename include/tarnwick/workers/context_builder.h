@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-#include "tarnwick/logger.h"
 #include "tarnwick/models.h"
+#include "tarnwick/platform.h"
 #include "tarnwick/storage/repository.h"
 #include "tarnwick/workers/context_pack.h"
 #include "tarnwick/workers/covering_tests.h"
@@ -21,13 +21,35 @@
 
 namespace tarnwick {
 
-/// The words of `task` that symbol names are matched against, each once: its names whole and lowercased, then its
-/// terms as they are; those under MIN_KEYWORD code points are left out. Throws only what `tokenizer` throws.
+/// The words of `task` that symbol names are matched against, each once: its names whole and lowercased, then
+/// its terms as they are; those under MIN_KEYWORD code points are left out. Throws only what `tokenizer`
+/// throws.
 std::vector<Text> task_keywords(const Text& task, const Tokenizer& tokenizer);
 
-/// The tokens a text costs: its code points divided by `chars_per_token`, truncated, at least 1; 0 for an absent or
-/// empty text. Throws std::domain_error for a ratio of 0 and a text that is not empty.
+/// The tokens a text costs: its code points divided by `chars_per_token`, truncated, at least 1; 0 for an
+/// absent or empty text. Throws std::domain_error for a ratio of 0 and a text that is not empty.
 std::int64_t estimate_tokens(std::optional<std::string_view> text, double chars_per_token = 4.0);
+
+/// A set of texts that is searched by content.
+using TextSet = std::unordered_set<Text, TextHash, TextEqual>;
+
+/// Positions of the seeds by symbol id, 0 for the first.
+using SeedRank = std::unordered_map<std::int64_t, std::int64_t>;
+
+/// How candidates are ranked.
+struct RankOptions {
+  bool include_tests = false;
+  std::vector<Text> prefer_kinds = {};
+  SeedRank seed_rank = {};
+};
+
+/// How a pack is filled.
+struct PackOptions {
+  bool include_snippets = false;
+  OptionalText repo_root = std::nullopt;
+  TextSet deep_fqns = {};
+  std::int64_t deep_max_lines = 200;
+};
 
 /// The choices of one build.
 struct BuildOptions {
@@ -47,7 +69,7 @@ struct BuildOptions {
   /// Keywords match inside names, not only whole names.
   bool wide_match = false;
   /// Fully qualified names of the symbols to render with their full body.
-  std::unordered_set<Text, TextHash, TextEqual> deep_fqns = {};
+  TextSet deep_fqns = {};
   /// Symbols judged relevant by a better signal; they lead the pack in this order. Present, even empty: the
   /// retriever is not asked.
   std::optional<std::vector<SymbolPtr>> seed_symbols = std::nullopt;
@@ -55,8 +77,9 @@ struct BuildOptions {
 
 /// Assembles context packs from an index and, optionally, a retriever.
 ///
-/// Owns none of its collaborators, which must outlive it. Keeps no state between builds but the indexing status.
-/// Thread rule: builds and set_indexing_status may run at once on several threads if the collaborators allow it.
+/// Owns none of its collaborators, which must outlive it. Keeps no state between builds but the indexing
+/// status. Thread rule: builds and set_indexing_status may run at once on several threads if the
+/// collaborators allow it.
 class ContextBuilder {
  public:
   static constexpr double NAME_MATCH_WEIGHT = 0.5;
@@ -84,69 +107,57 @@ class ContextBuilder {
                                                                                         {"constant", 0.35},
                                                                                         {"field", 0.35},
                                                                                         {"property", 0.4}}};
-  static constexpr std::array<std::pair<std::string_view, std::int64_t>, 14> KIND_PRIORITY = {{{"class", 100},
-                                                                                               {"interface", 100},
-                                                                                               {"struct", 100},
-                                                                                               {"trait", 90},
-                                                                                               {"enum", 85},
-                                                                                               {"function", 80},
-                                                                                               {"method", 80},
-                                                                                               {"module", 70},
-                                                                                               {"namespace", 70},
-                                                                                               {"type", 75},
-                                                                                               {"property", 20},
-                                                                                               {"field", 15},
-                                                                                               {"constant", 10},
-                                                                                               {"variable", 5}}};
+  static constexpr std::array<std::pair<std::string_view, std::int64_t>, 14> KIND_PRIORITY = {
+      {{"class", 100},
+       {"interface", 100},
+       {"struct", 100},
+       {"trait", 90},
+       {"enum", 85},
+       {"function", 80},
+       {"method", 80},
+       {"module", 70},
+       {"namespace", 70},
+       {"type", 75},
+       {"property", 20},
+       {"field", 15},
+       {"constant", 10},
+       {"variable", 5}}};
 
-  /// Asks nothing. `retriever` may be null (no seeds but the caller's); `logger` may be null (warnings are dropped).
-  /// With `list_tests`, packs name the test files of their first source files.
-  ContextBuilder(const Repository& repository, const Tokenizer& tokenizer, const HybridRetriever* retriever = nullptr,
-                 bool list_tests = false, Logger* logger = nullptr);
+  /// Asks nothing. `retriever` may be null (no seeds but the caller's). With `list_tests`, packs name the
+  /// test files of their first source files.
+  ContextBuilder(const Repository& repository, const Tokenizer& tokenizer,
+                 const HybridRetriever* retriever = nullptr, bool list_tests = false, Platform platform = {});
 
   /// Stores the status that packs built from now on carry; `progress` in percent, unchecked.
   void set_indexing_status(bool in_progress, std::int64_t progress = 100);
 
   /// Builds the pack of `task`, a coding task, a topic or a list of names.
   ///
-  /// Budget: the ceiling is `token_budget` × 1.05, truncated. An entry costs its symbol's token_count() and the
-  /// estimates of its docstring and snippet; a test row costs its JSON text. Entries leave free what the test rows
-  /// need, at most TESTS_SHARE of the ceiling. An item that does not fit is skipped, and the next ones still may
-  /// fit; a single oversized item is thus left out, never cut. A budget of 0 or less gives a pack without entries
-  /// that cost anything.
+  /// Budget: the ceiling is `token_budget` × 1.05, truncated. An entry costs its symbol's token_count() and
+  /// the estimates of its docstring and snippet; a test row costs its JSON text. Entries leave free what the
+  /// test rows need, at most TESTS_SHARE of the ceiling. An item that does not fit is skipped, and the next
+  /// ones still may fit; a single oversized item is thus left out, never cut. A budget of 0 or less gives a
+  /// pack without entries that cost anything.
   ///
   /// Throws std::invalid_argument, "Unknown component: " and the name, for a `component_filter` that names no
-  /// component. What a collaborator throws reaches the caller untouched, but for a failed covering-test lookup,
-  /// which is logged and becomes the note NO_TESTS. No error: nothing found, files that cannot be read.
+  /// component. What a collaborator throws reaches the caller untouched, but for a failed covering-test
+  /// lookup, which is logged and becomes the note NO_TESTS. No error: nothing found, files that cannot be
+  /// read.
   ContextPack build_context_pack(const Text& task, const BuildOptions& options = {}) const;
 
-  // --- internal section: the steps of a build, open to hosts that show them and to tests -----------------------
+  // --- internal section: the steps of a build, open to hosts that show them and to tests
+  // -----------------------
 
   using FileIds = std::unordered_set<std::int64_t>;
-  using SeedRank = std::unordered_map<std::int64_t, std::int64_t>;
-  using DeepFqns = std::unordered_set<Text, TextHash, TextEqual>;
 
   struct Retrieved {
     std::vector<SymbolPtr> symbols;  ///< best first
     OptionalText note;
   };
 
-  struct RankOptions {
-    bool include_tests = false;
-    std::vector<Text> prefer_kinds = {};
-    SeedRank seed_rank = {};  ///< positions of the seeds by id, 0 for the first
-  };
-
   struct Snippet {
     OptionalText text;       ///< absent when nothing could be cut
     std::int64_t lines = 0;  ///< lines of the range, counted before trailing white space goes
-  };
-
-  struct PackOptions {
-    bool include_snippets = false;
-    OptionalText repo_root = std::nullopt;
-    DeepFqns deep_fqns = {};
-    std::int64_t deep_max_lines = 200;
   };
 
   struct CostedRow {
@@ -158,12 +169,13 @@ class ContextBuilder {
   std::optional<FileIds> _component_files(const OptionalText& component_filter) const;
 
   /// The symbols whose names the first ten keywords match, each once, within the component.
-  std::vector<SymbolPtr> _get_candidate_symbols(const std::vector<Text>& keywords, const OptionalText& component_filter,
-                                                bool source_only = true, bool wide_match = false) const;
+  std::vector<SymbolPtr> _get_candidate_symbols(const std::vector<Text>& keywords,
+                                                const OptionalText& component_filter, bool source_only = true,
+                                                bool wide_match = false) const;
 
   /// The retriever's symbols, those of preferred kinds weighed up, and its note.
-  Retrieved _retrieved(const HybridRetriever& retriever, const Text& task, bool include_tests, std::int64_t limit,
-                       const std::vector<Text>& prefer_kinds) const;
+  Retrieved _retrieved(const HybridRetriever& retriever, const Text& task, bool include_tests,
+                       std::int64_t limit, const std::vector<Text>& prefer_kinds) const;
 
   /// 1.0 a keyword is the name, 0.8 begins it, 0.6 stands inside it, 0.4 inside the qualified name, else 0.0.
   static double _calculate_name_match(const Symbol& symbol, const std::vector<Text>& keywords);
@@ -173,7 +185,8 @@ class ContextBuilder {
                                            const std::vector<Text>& prefer_kinds = {});
 
   /// The ranking of the candidates, best first.
-  std::vector<RankedSymbol> _rank_symbols(const std::vector<SymbolPtr>& candidates, const std::vector<Text>& keywords,
+  std::vector<RankedSymbol> _rank_symbols(const std::vector<SymbolPtr>& candidates,
+                                          const std::vector<Text>& keywords,
                                           const RankOptions& options = {}) const;
 
   /// The lines `start_line` to `end_line` of a file, within both caps.
@@ -206,11 +219,13 @@ class ContextBuilder {
   std::vector<Text> _generate_recommendations(const Text& task, const std::vector<OptionalText>& kinds) const;
 
  private:
+  class Packer;
+
   const Repository* repository_;
   const Tokenizer* tokenizer_;
   const HybridRetriever* retriever_;
   bool list_tests_;
-  Logger* logger_;
+  Platform platform_;
   std::atomic<bool> indexing_in_progress_ = false;
   std::atomic<std::int64_t> indexing_progress_ = 100;
 };

@@ -49,16 +49,16 @@ struct RelatedSymbol {
 /// One symbol of a pack.
 struct Entry {
   SymbolPtr symbol;
-  Text file;                          ///< repository path; empty when unknown
-  std::vector<Parameter> parameters;  ///< empty: left out of the serialised entry, as the next four
-  std::vector<RelatedSymbol> related;
-  Text usage_example;
+  Text file;                               ///< repository path; empty when unknown
+  std::vector<Parameter> parameters = {};  ///< empty: left out of the serialised entry, as the next four
+  std::vector<RelatedSymbol> related = {};
+  Text usage_example = {};
   bool has_tests = false;
-  std::string snippet;
+  std::string snippet = {};
 
-  /// Calls `visitor(key, value)` for each key of the serialised entry, in order. Values come as `const Text&`,
-  /// `const OptionalText&`, `std::int64_t`, `bool`, `const std::vector<Parameter>&`,
-  /// `const std::vector<RelatedSymbol>&` or `const std::string&`.
+  /// Calls `visitor(key, value)` for each key of the serialised entry, in order. Values come as `const
+  /// Text&`, `const OptionalText&`, `std::int64_t`, `bool`, `const std::vector<Parameter>&`, `const
+  /// std::vector<RelatedSymbol>&` or `const std::string&`.
   template <class Visitor>
   void visit(Visitor&& visitor) const {
     visitor("fqn", symbol->fqn());
@@ -85,20 +85,22 @@ struct TestRow {
 
 /// A token-budgeted context pack for a coding task.
 struct ContextPack {
-  std::vector<Entry> symbols;             ///< best first
-  std::vector<Text> files;                ///< the files of the entries, each once, in the order first met
-  std::vector<TestRow> tests;             ///< the tests of the first files
-  std::vector<Text> recommendations;      ///< at most three
-  std::vector<Text> notes;                ///< what the build could not do; the retriever's note first
-  std::int64_t tokens_used = 0;           ///< estimated tokens of all entries and test rows
-  bool indexing_in_progress = false;      ///< whether the index was still being built
-  std::int64_t progress = 100;            ///< indexing progress in percent
+  std::vector<Entry> symbols;         ///< best first
+  std::vector<Text> files;            ///< the files of the entries, each once, in the order first met
+  std::vector<TestRow> tests;         ///< the tests of the first files
+  std::vector<Text> recommendations;  ///< at most three
+  std::vector<Text> notes;            ///< what the build could not do; the retriever's note first
+  std::int64_t tokens_used = 0;       ///< estimated tokens of all entries and test rows
+  bool indexing_in_progress = false;  ///< whether the index was still being built
+  std::int64_t progress = 100;        ///< indexing progress in percent
 
-  /// A value of the serialised pack. Sequences are the pack's own: a change made through one changes the pack.
-  using Value = std::variant<std::vector<Entry>*, std::vector<Text>*, std::vector<TestRow>*, std::int64_t, bool>;
+  /// A value of the serialised pack. Sequences are the pack's own: a change made through one changes the
+  /// pack.
+  using Value =
+      std::variant<std::vector<Entry>*, std::vector<Text>*, std::vector<TestRow>*, std::int64_t, bool>;
 
-  /// The pack as keys and values, in the order in which it is serialised. "notes" is left out when there is none.
-  /// The pointers live as long as the pack stays where it is.
+  /// The pack as keys and values, in the order in which it is serialised. "notes" is left out when there is
+  /// none. The pointers live as long as the pack stays where it is.
   std::vector<std::pair<std::string_view, Value>> to_dict();
 };
 

@@ -1,0 +1,55 @@
+// Regular expressions: compiled once, matched in bounded work.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+struct pcre2_real_code_8;
+
+namespace tarnwick {
+
+/// A place in a subject: byte offsets, half open. Groups that took no part are absent.
+struct Match {
+  struct Span {
+    std::size_t begin = 0;
+    std::size_t end = 0;
+
+    std::string_view of(std::string_view text) const { return text.substr(begin, end - begin); }
+  };
+
+  static constexpr std::size_t MAX_GROUPS = 4;  // the whole match among them
+  std::array<std::optional<Span>, MAX_GROUPS> groups = {};
+
+  const Span& whole() const { return *groups[0]; }
+};
+
+/// A compiled pattern. A dot matches a line feed only with DOT_ALL; "$" also matches before one final line
+/// feed. Safe to use from several threads.
+class Pattern {
+ public:
+  enum Flags : unsigned { NONE = 0, CASELESS = 1, DOT_ALL = 2 };
+
+  /// Throws std::logic_error for a pattern that does not compile.
+  explicit Pattern(std::string_view source, Flags flags = NONE);
+
+  /// The first match at or behind `start`. `subject` must be valid UTF-8. Nothing, too, when a match would
+  /// take more work than the library's limits allow.
+  std::optional<Match> search(std::string_view subject, std::size_t start = 0) const;
+
+  /// The match that begins exactly at `start`, under the same terms.
+  std::optional<Match> match(std::string_view subject, std::size_t start = 0) const;
+
+ private:
+  std::optional<Match> run(std::string_view subject, std::size_t start, std::uint32_t options) const;
+
+  struct Free {
+    void operator()(pcre2_real_code_8* code) const;
+  };
+  std::unique_ptr<pcre2_real_code_8, Free> code_;
+};
+
+}  // namespace tarnwick
