@@ -8,8 +8,11 @@ namespace {
 
 class OwnedString final : public Text::Owner {
  public:
-  explicit OwnedString(std::string text) : text(std::move(text)) {}
-  const std::string text;
+  explicit OwnedString(std::string text) : text_(std::move(text)) {}
+  std::string_view view() const { return text_; }
+
+ private:
+  std::string text_;
 };
 
 class PlainSymbol final : public Symbol {
@@ -38,7 +41,7 @@ class PlainSymbol final : public Symbol {
 Text::Text(std::string text) {
   if (text.empty()) return;
   auto owned = std::make_shared<const OwnedString>(std::move(text));
-  view_ = owned->text;
+  view_ = owned->view();
   owner_ = std::move(owned);
 }
 
