@@ -47,6 +47,11 @@ class Symbol {
   virtual bool docstring_truncated() const = 0;
   /// Base cost of the symbol's pack entry in tokens, without its docstring and snippet; not negative.
   virtual std::int64_t token_count() const = 0;
+
+  /// Called when the symbol has become an entry of a pack, before the index is asked about it: an
+  /// implementation that fetches lazily fetches now what an entry shows, so that its errors come here and not
+  /// when the pack is written out.
+  virtual void fetch_entry_fields() const {}
 };
 
 using SymbolPtr = std::shared_ptr<const Symbol>;

@@ -4,7 +4,9 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -29,6 +31,18 @@ std::vector<Text> task_keywords(const Text& task, const Tokenizer& tokenizer);
 /// The tokens a text costs: its code points divided by `chars_per_token`, truncated, at least 1; 0 for an
 /// absent or empty text. Throws std::domain_error for a ratio of 0 and a text that is not empty.
 std::int64_t estimate_tokens(std::optional<std::string_view> text, double chars_per_token = 4.0);
+
+/// A component filter that names no component of the index.
+class UnknownComponent : public std::invalid_argument {
+ public:
+  explicit UnknownComponent(std::string_view name);
+
+  /// The text of what(), whole even where the name holds a NUL character.
+  const std::string& message() const noexcept { return message_; }
+
+ private:
+  std::string message_;
+};
 
 /// A set of texts that is searched by content.
 using TextSet = std::unordered_set<Text, TextHash, TextEqual>;
@@ -73,6 +87,9 @@ struct BuildOptions {
   /// Symbols judged relevant by a better signal; they lead the pack in this order. Present, even empty: the
   /// retriever is not asked.
   std::optional<std::vector<SymbolPtr>> seed_symbols = std::nullopt;
+  /// In place of `seed_symbols`, for seeds that are found while they are walked: called once, at the step
+  /// that keeps the seeds, when the component filter is known to be good.
+  std::function<std::vector<SymbolPtr>()> seed_source = nullptr;
 };
 
 /// Assembles context packs from an index and, optionally, a retriever.
@@ -139,7 +156,7 @@ class ContextBuilder {
   /// ones still may fit; a single oversized item is thus left out, never cut. A budget of 0 or less gives a
   /// pack without entries that cost anything.
   ///
-  /// Throws std::invalid_argument, "Unknown component: " and the name, for a `component_filter` that names no
+  /// Throws UnknownComponent, "Unknown component: " and the name, for a `component_filter` that names no
   /// component. What a collaborator throws reaches the caller untouched, but for a failed covering-test
   /// lookup, which is logged and becomes the note NO_TESTS. No error: nothing found, files that cannot be
   /// read.

@@ -61,6 +61,13 @@ struct Entry {
   /// std::vector<RelatedSymbol>&` or `const std::string&`.
   template <class Visitor>
   void visit(Visitor&& visitor) const {
+    visit_fixed(visitor);
+    visit_added(visitor);
+  }
+
+  /// The first eight keys, which every entry has.
+  template <class Visitor>
+  void visit_fixed(Visitor&& visitor) const {
     visitor("fqn", symbol->fqn());
     visitor("name", symbol->name());
     visitor("kind", symbol->kind());
@@ -69,6 +76,11 @@ struct Entry {
     visitor("signature", symbol->signature());
     visitor("docstring", symbol->docstring());
     visitor("docstring_truncated", symbol->docstring_truncated());
+  }
+
+  /// The keys that only entries with something to show there have.
+  template <class Visitor>
+  void visit_added(Visitor&& visitor) const {
     if (!parameters.empty()) visitor("parameters", parameters);
     if (!related.empty()) visitor("related", related);
     if (!usage_example.empty()) visitor("usage_example", usage_example);

@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <stdexcept>
+#include <string>
 
 #include "tarnwick/workers/context_builder.h"
 #include "text/lowercase.h"
@@ -23,12 +23,16 @@ Text substring_pattern(std::string_view keyword) {
 
 }  // namespace
 
+UnknownComponent::UnknownComponent(std::string_view name)
+    : std::invalid_argument("Unknown component: " + std::string(name)),
+      message_("Unknown component: " + std::string(name)) {}
+
 std::optional<ContextBuilder::FileIds> ContextBuilder::_component_files(
     const OptionalText& component_filter) const {
   if (!has_text(component_filter)) return std::nullopt;
   const std::optional<Component> component = repository_->get_component_by_name(*component_filter);
   if (!component || !present(component->id)) {
-    throw std::invalid_argument("Unknown component: " + std::string(component_filter->view()));
+    throw UnknownComponent(*component_filter);
   }
   FileIds ids;
   for (const File& file : repository_->get_files_by_component(*component->id)) {

@@ -110,7 +110,7 @@ class ContextBuilder::Packer {
   }
 
   void enrich(Entry& entry, const OptionalText& file_path) {
-    entry.visit([](std::string_view, const auto&) {});  // the fixed fields are read before the index is asked
+    entry.symbol->fetch_entry_fields();
     const OptionalText& docstring = entry.symbol->docstring();
     if (has_text(docstring)) {
       builder_.platform_.run_detached(docstring->view().size(),

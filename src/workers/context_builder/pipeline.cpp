@@ -59,8 +59,12 @@ ContextPack ContextBuilder::build_context_pack(const Text& task, const BuildOpti
   const std::optional<FileIds> component_files = _component_files(options.component_filter);
 
   std::vector<Text> notes;
-  std::vector<SymbolPtr> given = options.seed_symbols.value_or(std::vector<SymbolPtr>{});
-  if (!options.seed_symbols && retriever_ != nullptr) {
+  std::vector<SymbolPtr> given;
+  if (options.seed_source) {
+    given = options.seed_source();
+  } else if (options.seed_symbols) {
+    given = *options.seed_symbols;
+  } else if (retriever_ != nullptr) {
     const std::int64_t widening = component_files ? COMPONENT_WIDENING : 1;
     Retrieved retrieved =
         _retrieved(*retriever_, task, include_tests, MAX_SYMBOLS * widening, options.prefer_kinds);
