@@ -58,16 +58,16 @@ using SymbolPtr = std::shared_ptr<const Symbol>;
 
 /// The members of a symbol as plain values, for indexes that have them all at hand.
 struct SymbolFields {
-  std::optional<std::int64_t> id;
-  std::optional<std::int64_t> file_id;
-  Text name;
-  Text fqn;
-  Text kind;
+  std::optional<std::int64_t> id = std::nullopt;
+  std::optional<std::int64_t> file_id = std::nullopt;
+  Text name = {};
+  Text fqn = {};
+  Text kind = {};
   bool is_export = false;
   std::int64_t start_line = 1;
   std::int64_t end_line = 1;
-  OptionalText signature;
-  OptionalText docstring;
+  OptionalText signature = std::nullopt;
+  OptionalText docstring = std::nullopt;
   bool docstring_truncated = false;
   std::int64_t token_count = 0;
 };
