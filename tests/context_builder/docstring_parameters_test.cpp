@@ -118,7 +118,7 @@ TEST(DocstringParameters, TheRestatedPatternsMatchAsTheQuotedOnes) {
   std::mt19937 random(11);
   for (int run = 0; run < 60000; ++run) {
     std::string docstring = run % 2 == 0 ? "Args:" : "@param {";
-    for (unsigned i = random() % 16; i > 0; --i) docstring += pieces[random() % std::size(pieces)];
+    for (auto i = random() % 16; i > 0; --i) docstring += pieces[random() % std::size(pieces)];
     ASSERT_EQ(parameters(docstring), by_quoted_patterns(docstring)) << ::testing::PrintToString(docstring);
   }
 }

@@ -120,19 +120,20 @@ TEST_F(Packing, SurvivesAFailedTestLookupWithANote) {
 }
 
 TEST_F(Packing, HoldsItsInvariantsOverRandomRankings) {
-  std::mt19937 random(3);
+  std::mt19937 generator(3);
+  const auto random = [&] { return static_cast<std::int64_t>(generator()); };
   for (int run = 0; run < 300; ++run) {
     index.covering.clear();
-    for (unsigned i = random() % 6; i > 0; --i) {
+    for (auto i = random() % 6; i > 0; --i) {
       index.covering.push_back(
-          {"t" + std::to_string(random() % 4), {{std::string(1, char('a' + random() % 6)), 1}}});
+          {"t" + std::to_string(random() % 4), {{std::string(1, static_cast<char>('a' + random() % 6)), 1}}});
     }
     std::vector<RankedSymbol> ranked;
-    for (unsigned i = random() % 40; i > 0; --i) {
-      ranked.push_back(
-          item(i, random() % 60, std::string(random() % 5 == 0 ? 0 : 1, char('a' + random() % 6))));
+    for (auto i = random() % 40; i > 0; --i) {
+      ranked.push_back(item(i, random() % 60,
+                            std::string(random() % 5 == 0 ? 0 : 1, static_cast<char>('a' + random() % 6))));
     }
-    const auto budget = static_cast<std::int64_t>(random() % 400);
+    const auto budget = random() % 400;
     const ContextPack pack = builder._build_pack(ranked, budget);
     std::set<std::string> files;
     std::int64_t cost = 0;

@@ -85,7 +85,7 @@ ParamTypes sphinx_types(const Subject& docstring) {
 /// set off by blanks. No part can be matched in two ways, so none is tried twice.
 Match::Span google_section(std::string_view docstring) {
   static const Pattern section =
-      pattern(R"(Args:(?=[^\S\n]*+\n\s)\s*+(\w[^\n:]*+:[^\n]++\n?+(?:\s++\w[^\n:]*+:[^\n]++\n?+)*+))",
+      pattern(R"(Args:(?=(?:(?!\n)\s)*+\n\s)\s*+(\w[^\n:]*+:[^\n]++\n?+(?:\s++\w[^\n:]*+:[^\n]++\n?+)*+))",
               Pattern::CASELESS);
   const std::optional<Match> match = section.search(docstring);
   return match ? *match->groups[1] : Match::Span{};
