@@ -26,6 +26,26 @@ char unescaped(std::string_view surrogate) {
   return static_cast<char>(high | (static_cast<unsigned char>(surrogate[2]) & 0x3FU));
 }
 
+/// `text` with `surrogate` for each lone surrogate and `stray` for each other byte that is not UTF-8.
+std::string repaired(std::string_view text, std::string_view surrogate, std::string_view stray) {
+  std::string result;
+  result.reserve(text.size());
+  while (!text.empty()) {
+    std::size_t size = ascii_prefix(text);
+    if (size > 0) {
+      result.append(text.substr(0, size));
+    } else if (const Sequence sequence = first_sequence(text); sequence.valid) {
+      size = sequence.size;
+      result.append(text.substr(0, size));
+    } else {
+      size = surrogate_at(text, 0) ? 3 : 1;
+      result.append(size == 3 ? surrogate : stray);
+    }
+    text.remove_prefix(size);
+  }
+  return result;
+}
+
 }  // namespace
 
 std::string from_os(std::string_view bytes) {
@@ -54,23 +74,11 @@ std::string to_os(std::string_view text) {
   return bytes;
 }
 
-std::string mask_surrogates(std::string_view text) {
-  std::string masked;
-  masked.reserve(text.size());
-  while (!text.empty()) {
-    std::size_t size = ascii_prefix(text);
-    if (size > 0) {
-      masked.append(text.substr(0, size));
-    } else if (const Sequence sequence = first_sequence(text); sequence.valid) {
-      size = sequence.size;
-      masked.append(text.substr(0, size));
-    } else {
-      size = surrogate_at(text, 0) ? 3 : 1;
-      masked.append(size == 3 ? "\xEF\xB7\x90" : "\x7F");  // U+FDD0
-    }
-    text.remove_prefix(size);
-  }
-  return masked;
+std::string mask_surrogates(std::string_view text) { return repaired(text, "\xEF\xB7\x90", "\x7F"); }  // U+FDD0
+
+std::string replace_surrogates(std::string_view text) {
+  constexpr std::string_view REPLACEMENT = "\xEF\xBF\xBD";
+  return repaired(text, REPLACEMENT, REPLACEMENT);
 }
 
 }  // namespace tarnwick::text

@@ -17,4 +17,7 @@ std::string to_os(std::string_view text);
 /// class of letters, digits or white space holds; a byte that fits nowhere becomes a control character.
 std::string mask_surrogates(std::string_view text);
 
+/// `text` as valid UTF-8 for whoever reads it: each lone surrogate becomes one U+FFFD.
+std::string replace_surrogates(std::string_view text);
+
 }  // namespace tarnwick::text

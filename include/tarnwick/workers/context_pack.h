@@ -49,7 +49,7 @@ struct RelatedSymbol {
 /// One symbol of a pack.
 struct Entry {
   SymbolPtr symbol;
-  Text file;                               ///< repository path; empty when unknown
+  Text file = {};                          ///< repository path; empty when unknown
   std::vector<Parameter> parameters = {};  ///< empty: left out of the serialised entry, as the next four
   std::vector<RelatedSymbol> related = {};
   Text usage_example = {};
