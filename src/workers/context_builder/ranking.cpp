@@ -27,10 +27,21 @@ struct Place {
   RankedSymbol item = {};
 };
 
-bool ahead(const Place& a, const Place& b) {
-  if (a.score != b.score) return a.score > b.score;
-  if (a.kind_priority != b.kind_priority) return a.kind_priority > b.kind_priority;
-  return b.fan_in < a.fan_in;
+bool ahead(const Place* a, const Place* b) {
+  if (a->score != b->score) return a->score > b->score;
+  if (a->kind_priority != b->kind_priority) return a->kind_priority > b->kind_priority;
+  return b->fan_in < a->fan_in;
+}
+
+std::vector<RankedSymbol> ordered(std::vector<Place> places) {
+  std::vector<Place*> order;
+  order.reserve(places.size());
+  for (Place& place : places) order.push_back(&place);
+  stable_order(order, ahead);
+  std::vector<RankedSymbol> ranked;
+  ranked.reserve(order.size());
+  for (Place* place : order) ranked.push_back(std::move(place->item));
+  return ranked;
 }
 
 /// The ids whose fan-in can break a tie: those of the candidates that are no seeds.
@@ -72,12 +83,7 @@ std::vector<RankedSymbol> ContextBuilder::_rank_symbols(const std::vector<Symbol
                       fan_in ? fan_in->find(id).value_or(OrderKey{}) : OrderKey{},
                       {candidate, score, std::move(path)}});
   }
-  stable_order(places, ahead);
-
-  std::vector<RankedSymbol> ranked;
-  ranked.reserve(places.size());
-  for (Place& place : places) ranked.push_back(std::move(place.item));
-  return ranked;
+  return ordered(std::move(places));
 }
 
 }  // namespace tarnwick
