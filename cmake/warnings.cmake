@@ -12,6 +12,7 @@ target_compile_options(
             -Wold-style-cast
             -Woverloaded-virtual
             -Wnull-dereference
-            -Wno-restrict # GCC 12 sees overlaps in the concatenation of strings that are not there
+            # GCC 12 sees overlaps in the concatenation of strings that are not there.
+            $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
             -ffp-contract=off # scores are compared to the last bit: no fused multiply-add
             $<$<BOOL:${TARNWICK_WARNINGS_AS_ERRORS}>:-Werror>)

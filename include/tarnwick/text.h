@@ -30,10 +30,12 @@ class Text {
   };
 
   Text() = default;
-  Text(
-      std::string text);  // NOLINT(google-explicit-constructor): a text is a string wherever one is asked for
-  Text(std::string_view text);                              // NOLINT(google-explicit-constructor)
-  Text(const char* text) : Text(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
+  // A text is a string wherever one is asked for.
+  // NOLINTBEGIN(google-explicit-constructor)
+  Text(std::string text);
+  Text(std::string_view text);
+  Text(const char* text) : Text(std::string_view(text)) {}
+  // NOLINTEND(google-explicit-constructor)
   /// Refers to `view` without a copy; `owner` keeps it alive and is not null.
   Text(std::string_view view, std::shared_ptr<const Owner> owner) : view_(view), owner_(std::move(owner)) {}
 

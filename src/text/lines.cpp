@@ -13,7 +13,7 @@ std::string replace_invalid(std::string_view bytes) {
   std::string text;
   text.reserve(bytes.size());
   while (!bytes.empty()) {
-    std::size_t valid = ascii_prefix(bytes);
+    const std::size_t valid = ascii_prefix(bytes);
     text.append(bytes.substr(0, valid));
     bytes.remove_prefix(valid);
     if (bytes.empty()) break;
