@@ -43,9 +43,17 @@ TEST_F(Packing, SkipsWhatDoesNotFitAndKeepsAShareForTests) {
     return FakeRepository::Covering{std::string(tokens * 4 - 23 - source.size(), 't'), {{source, 1}}};
   };
   index.covering = {test_for(60, "a"), test_for(50, "b"), test_for(300, "c"), test_for(100, "d")};
+  std::vector<std::string> weighed;
+  const WeighedObserver note = [&](const Weighed& seen) {
+    weighed.push_back(std::string(seen.item.symbol->name().view()) + (seen.taken ? " " : " skipped ") +
+                      std::to_string(seen.cost) + " of " + std::to_string(seen.left));
+  };
   const ContextPack pack =
-      builder._build_pack({item(1, 300, "a"), item(2, 600, "b"), item(3, 200, "c"), item(4, 100, "d")}, 840);
+      builder._build_pack({item(1, 300, "a"), item(2, 600, "b"), item(3, 200, "c"), item(4, 100, "d")}, 840,
+                          {.on_weighed = note});
   EXPECT_THAT(ids(pack), ElementsAre(1, 3, 4));
+  EXPECT_THAT(weighed,
+              ElementsAre("s1 300 of 714", "s2 skipped 600 of 414", "s3 200 of 414", "s4 100 of 214"));
   EXPECT_THAT(strings(pack.files), ElementsAre("a", "c", "d"));
   ASSERT_EQ(pack.tests.size(), 2U);
   EXPECT_EQ(pack.tests[1].source, "d");

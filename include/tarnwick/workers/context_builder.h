@@ -57,12 +57,24 @@ struct RankOptions {
   SeedRank seed_rank = {};
 };
 
+/// What the packer made of one ranked symbol.
+struct Weighed {
+  const RankedSymbol& item;  ///< valid during the call that tells of it
+  std::int64_t cost = 0;     ///< tokens of the entry, docstring and snippet included
+  std::int64_t left = 0;     ///< tokens that entries could still cost before this one
+  bool taken = false;        ///< whether it is in the pack
+};
+
+/// Told of each symbol that the packer weighs, best first. What it throws reaches the caller of the build.
+using WeighedObserver = std::function<void(const Weighed&)>;
+
 /// How a pack is filled.
 struct PackOptions {
   bool include_snippets = false;
   OptionalText repo_root = std::nullopt;
   TextSet deep_fqns = {};
   std::int64_t deep_max_lines = 200;
+  WeighedObserver on_weighed = nullptr;
 };
 
 /// The choices of one build.
@@ -90,6 +102,8 @@ struct BuildOptions {
   /// In place of `seed_symbols`, for seeds that are found while they are walked: called once, at the step
   /// that keeps the seeds, when the component filter is known to be good.
   std::function<std::vector<SymbolPtr>()> seed_source = nullptr;
+  /// For hosts that explain a pack; null: nobody is told.
+  WeighedObserver on_weighed = nullptr;
 };
 
 /// Assembles context packs from an index and, optionally, a retriever.

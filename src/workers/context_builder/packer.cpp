@@ -94,7 +94,11 @@ class ContextBuilder::Packer {
   /// Makes an entry of the item when it fits; an item that does not fit leaves no trace.
   void take(const RankedSymbol& item, std::int64_t limit) {
     const Snippet snippet = cut_snippet(item);
-    const std::int64_t total = add_saturated(pack_.tokens_used, cost(*item.symbol, snippet));
+    const std::int64_t tokens = cost(*item.symbol, snippet);
+    const std::int64_t total = add_saturated(pack_.tokens_used, tokens);
+    if (options_.on_weighed) {
+      options_.on_weighed({item, tokens, subtract_saturated(limit, pack_.tokens_used), total <= limit});
+    }
     if (total > limit) return;
     Entry entry{.symbol = item.symbol, .file = item.file_path.value_or(Text())};
     enrich(entry, item.file_path);

@@ -88,7 +88,10 @@ ContextPack ContextBuilder::build_context_pack(const Text& task, const BuildOpti
   }
 
   ContextPack pack = _build_pack(ranked, scale_tokens(options.token_budget, BUDGET_MARGIN),
-                                 {options.include_snippets, options.repo_root, options.deep_fqns});
+                                 {.include_snippets = options.include_snippets,
+                                  .repo_root = options.repo_root,
+                                  .deep_fqns = options.deep_fqns,
+                                  .on_weighed = options.on_weighed});
   pack.notes.insert(pack.notes.begin(), notes.begin(), notes.end());
   pack.recommendations = _generate_recommendations(task, kinds_of(pack.symbols));
   pack.indexing_in_progress = indexing_in_progress_;
