@@ -1,0 +1,332 @@
+#include "indexing/indexer.h"
+
+#include <xxhash.h>
+
+#include <algorithm>
+#include <bit>
+#include <cerrno>
+#include <chrono>
+#include <memory>
+#include <thread>
+#include <unordered_map>
+#include <utility>
+
+#include "indexing/git_files.h"
+#include "indexing/indexer_components.h"
+#include "indexing/indexer_pipeline.h"
+#include "indexing/indexer_skips.h"
+#include "indexing/tree_walk.h"
+#include "storage/errors.h"
+#include "storage/index_file.h"
+#include "storage/index_writer.h"
+#include "storage/schema.h"
+#include "storage/source_text.h"
+#include "text/surrogates.h"
+
+namespace tarnwick::indexing {
+namespace {
+
+using storage::FileRecord;
+using storage::IndexWriter;
+using storage::StoredFile;
+
+/// How many files are read ahead of the writer.
+constexpr std::size_t WINDOW = 64;
+
+/// How long readers of a first indexing wait for more at most.
+constexpr std::chrono::seconds BATCH_TIME{2};
+
+/// Beyond this a language is not worth telling from the text.
+constexpr std::size_t HEAD_BYTES = 256;
+
+std::int64_t now_ns() {
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
+}
+
+std::int64_t hash_of(std::string_view bytes) {
+  return std::bit_cast<std::int64_t>(XXH3_64bits(bytes.data(), bytes.size()));
+}
+
+/// A file to be put into the index under an id.
+struct Job {
+  std::int64_t file_id = 0;
+  std::string path;
+  std::string_view skip;  ///< why the walk left it out, or empty: to be read
+};
+
+/// What differs between an index and its tree. Removals and jobs go by ascending id.
+struct Plan {
+  std::vector<std::int64_t> removals;
+  std::vector<Job> jobs;
+  std::vector<std::pair<std::int64_t, storage::FileStat>> touched;
+  std::int64_t added = 0;
+  std::int64_t changed = 0;
+  std::int64_t removed = 0;
+  bool manifests = false;  ///< whether a manifest is among them
+
+  bool empty() const { return removals.empty() && jobs.empty(); }
+};
+
+class Reader {
+ public:
+  Reader(const std::filesystem::path& root, const Extractor& extractor)
+      : root_(root), extractor_(extractor) {}
+
+  /// Reads one file as far as it gets; what went wrong is in `info.skip`.
+  FileRecord read(const Job& job) const {
+    FileRecord record;
+    record.info.path = job.path;
+    record.info.is_test = extractor_.is_test_path(job.path);
+    if (!job.skip.empty()) {
+      record.info.skip = std::string(job.skip);
+      return record;
+    }
+    const std::int64_t before = now_ns();
+    const storage::FileBytes file = storage::read_regular_file(storage::source_path(root_, job.path));
+    if (file.error == 0 || file.error == EFBIG) record.info.stat = file_stat(file.status, before);
+    if (file.error != 0) {
+      record.info.skip = std::string(reason_of(file.error));
+      return record;
+    }
+    record.info.hash = hash_of(file.bytes);
+    return digest(std::move(record.info), file.bytes);
+  }
+
+  /// The hash of a file's bytes and its stats; nothing when it cannot be read.
+  std::optional<std::pair<std::int64_t, storage::FileStat>> look(const std::string& path) const {
+    const std::int64_t before = now_ns();
+    const storage::FileBytes file = storage::read_regular_file(storage::source_path(root_, path));
+    if (file.error != 0) return std::nullopt;
+    return std::pair(hash_of(file.bytes), file_stat(file.status, before));
+  }
+
+ private:
+  static std::string_view reason_of(int error) {
+    switch (error) {
+      case EFBIG:
+        return skips::TOO_LARGE;
+      case EINVAL:
+        return skips::NOT_REGULAR;
+      case ELOOP:
+        return skips::SYMLINK;
+      default:
+        return skips::UNREADABLE;
+    }
+  }
+
+  FileRecord digest(storage::FileInfo info, const std::string& bytes) const {
+    const std::string text = storage::decode_source(bytes);
+    const std::string language =
+        extractor_.language_of(info.path, std::string_view(text).substr(0, HEAD_BYTES));
+    std::string_view skip = skips::by_content(bytes, text);
+    if (skip.empty() && language.empty()) skip = skips::UNSUPPORTED;
+    if (!skip.empty()) {
+      info.skip = std::string(skip);
+      FileRecord record;
+      record.info = std::move(info);
+      return record;
+    }
+    info.language = language;
+    info.is_source = extractor_.is_source(language);
+    info.lines = std::count(text.begin(), text.end(), '\n') + (text.empty() || text.ends_with('\n') ? 0 : 1);
+    FileFacts facts = extractor_.extract(language, text, info.path);
+    return storage::make_record(std::move(info), std::move(facts), text);
+  }
+
+  const std::filesystem::path& root_;
+  const Extractor& extractor_;
+};
+
+bool is_unchanged(const TreeEntry& entry, const storage::FileInfo& stored) {
+  if (!entry.skip.empty()) return stored.skip == entry.skip;
+  return stored.stat.stamp != 0 && stored.stat == entry.stat;
+}
+
+class Update {
+ public:
+  Update(const IndexOptions& options, storage::Connection& connection, Progress* progress,
+         IndexReport& report)
+      : options_(options),
+        extractor_(*options.extractor),
+        reader_(options.root, extractor_),
+        connection_(connection),
+        writer_(connection),
+        progress_(progress),
+        report_(report) {}
+
+  void run() {
+    report_.first = connection_.number("SELECT count(*) FROM meta WHERE key = 'indexed_at'") == 0;
+    const std::vector<TreeEntry> entries = walk();
+    report_.files = static_cast<std::int64_t>(entries.size());
+    std::vector<StoredFile> stored;
+    if (!options_.full) stored = writer_.files();
+    Plan plan = make_plan(entries, std::move(stored));
+    report_.added = plan.added;
+    report_.changed = plan.changed;
+    report_.removed = plan.removed;
+    if (plan.empty() && !report_.first && !options_.full) return note_touched(plan);
+    apply(plan, entries);
+  }
+
+ private:
+  std::vector<TreeEntry> walk() const {
+    WalkOptions walk{.root = options_.root, .include_ignored = options_.include_ignored};
+    walk.is_unsupported = [&](std::string_view path) {
+      return !is_manifest(path) && extractor_.language_of(path, std::nullopt).empty();
+    };
+    return walk_tree(walk);
+  }
+
+  Plan make_plan(const std::vector<TreeEntry>& entries, std::vector<StoredFile> stored) {
+    std::unordered_map<std::string_view, const StoredFile*> by_path;
+    by_path.reserve(stored.size());
+    for (const StoredFile& file : stored) by_path.emplace(file.info.path, &file);
+    Plan plan;
+    std::int64_t next_id = options_.full ? 1 : writer_.next_file_id();
+    for (const TreeEntry& entry : entries) {
+      const auto found = by_path.find(entry.path);
+      if (found == by_path.end()) {
+        ++plan.added;
+        plan.jobs.push_back({next_id++, entry.path, entry.skip});
+        plan.manifests = plan.manifests || is_manifest(entry.path);
+        continue;
+      }
+      const StoredFile& file = *found->second;
+      by_path.erase(found);
+      if (!is_unchanged(entry, file.info)) plan_change(entry, file, plan);
+    }
+    for (const auto& [path, file] : by_path) {
+      ++plan.removed;
+      plan.removals.push_back(file->id);
+      plan.manifests = plan.manifests || is_manifest(path);
+    }
+    std::sort(plan.removals.begin(), plan.removals.end());
+    std::sort(plan.jobs.begin(), plan.jobs.end(),
+              [](const Job& a, const Job& b) { return a.file_id < b.file_id; });
+    return plan;
+  }
+
+  /// A file that looks different: one that holds the same after all is only noted.
+  void plan_change(const TreeEntry& entry, const StoredFile& file, Plan& plan) const {
+    if (entry.skip.empty() && file.info.hash != 0) {
+      const auto now = reader_.look(entry.path);
+      if (now && now->first == file.info.hash) {
+        plan.touched.emplace_back(file.id, now->second);
+        return;
+      }
+    }
+    ++plan.changed;
+    plan.removals.push_back(file.id);
+    plan.jobs.push_back({file.id, entry.path, entry.skip});
+    plan.manifests = plan.manifests || is_manifest(entry.path);
+  }
+
+  void note_touched(const Plan& plan) {
+    if (plan.touched.empty()) return;
+    writer_.begin();
+    for (const auto& [id, stat] : plan.touched) writer_.touch(id, stat);
+    writer_.commit();
+  }
+
+  void apply(const Plan& plan, const std::vector<TreeEntry>& entries) {
+    writer_.begin();
+    if (options_.full) writer_.clear();
+    writer_.set_meta(storage::meta_keys::ROOT, text::from_os(options_.root.native()));
+    if (report_.first) writer_.set_meta(storage::meta_keys::FILES_TO_INDEX, report_.files);
+    for (const auto& [id, stat] : plan.touched) writer_.touch(id, stat);
+    for (const std::int64_t id : plan.removals) writer_.remove(id);
+    if (!add_files(plan)) {
+      report_.interrupted = true;
+      report_.first ? writer_.commit() : writer_.roll_back();
+      return;
+    }
+    if (plan.manifests || report_.first || options_.full || plan.added + plan.removed > 0)
+      update_components(entries);
+    writer_.drop_unused_names();
+    writer_.set_meta(storage::meta_keys::INDEXED_AT, now_ns() / 1'000'000'000);
+    writer_.remove_meta(storage::meta_keys::FILES_TO_INDEX);
+    if (const auto head = git_head(options_.root)) {
+      writer_.set_meta(storage::meta_keys::GIT_HEAD, *head);
+    } else {
+      writer_.remove_meta(storage::meta_keys::GIT_HEAD);
+    }
+    writer_.commit();
+  }
+
+  /// False when interrupted.
+  bool add_files(const Plan& plan) {
+    const auto total = static_cast<std::int64_t>(plan.jobs.size());
+    OrderedPipeline<FileRecord> records(plan.jobs.size(), WINDOW, thread_count(plan.jobs.size()),
+                                        [&](std::size_t number) { return reader_.read(plan.jobs[number]); });
+    auto batch_start = std::chrono::steady_clock::now();
+    if (progress_ != nullptr && total > 0) progress_->files_done(0, total, plan.jobs.front().path);
+    for (std::int64_t done = 0; const std::optional<FileRecord> record = records.next(); ++done) {
+      if (options_.stop.stop_requested()) return false;
+      writer_.add(plan.jobs[static_cast<std::size_t>(done)].file_id, *record);
+      if (progress_ != nullptr) progress_->files_done(done + 1, total, record->info.path);
+      if (report_.first && std::chrono::steady_clock::now() - batch_start > BATCH_TIME) {
+        writer_.commit();
+        writer_.begin();
+        batch_start = std::chrono::steady_clock::now();
+      }
+    }
+    return true;
+  }
+
+  unsigned thread_count(std::size_t jobs) const {
+    const unsigned cores =
+        std::max(1U, options_.threads != 0 ? options_.threads : std::thread::hardware_concurrency());
+    return static_cast<unsigned>(std::min<std::size_t>(cores, std::max<std::size_t>(jobs, 1)));
+  }
+
+  void update_components(const std::vector<TreeEntry>& entries) {
+    std::vector<std::string> paths;
+    for (const TreeEntry& entry : entries) {
+      if (entry.skip.empty()) paths.push_back(entry.path);
+    }
+    const std::vector<storage::ComponentRow> components = find_components(options_.root, paths);
+    writer_.set_components(components, ComponentFinder(components));
+  }
+
+  const IndexOptions& options_;
+  const Extractor& extractor_;
+  Reader reader_;
+  storage::Connection& connection_;
+  IndexWriter writer_;
+  Progress* progress_;
+  IndexReport& report_;
+};
+
+void run_update(const IndexOptions& options, Progress* progress, IndexReport& report) {
+  storage::OpenedIndex index = storage::open_for_writing(options.index_file);
+  if (index.message && progress != nullptr) progress->message(*index.message);
+  index.connection->guard([&] { Update(options, *index.connection, progress, report).run(); });
+}
+
+}  // namespace
+
+IndexReport update_index(const IndexOptions& options, Progress* progress) {
+  IndexOptions resolved = options;
+  resolved.root = std::filesystem::canonical(options.root);
+  if (resolved.index_file.empty()) resolved.index_file = storage::default_index_file(resolved.root);
+  IndexReport report;
+  report.index_file = resolved.index_file;
+  const storage::WriterLock lock(resolved.index_file, resolved.stop);
+  try {
+    run_update(resolved, progress, report);
+  } catch (const storage::IndexError& error) {
+    if (error.kind() != storage::IndexError::Kind::damaged) throw;
+    const std::filesystem::path aside = storage::set_aside(resolved.index_file);
+    if (progress != nullptr) {
+      progress->message(std::string(error.what()) + "; it was set aside as " + aside.string() +
+                        " and is made anew");
+    }
+    report = {};
+    report.index_file = resolved.index_file;
+    run_update(resolved, progress, report);
+  }
+  return report;
+}
+
+}  // namespace tarnwick::indexing

@@ -1,0 +1,188 @@
+#include "indexing/tree_walk.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <xxhash.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cerrno>
+#include <chrono>
+#include <memory>
+#include <system_error>
+
+#include "indexing/git_files.h"
+#include "indexing/indexer_skips.h"
+#include "storage/source_text.h"
+#include "text/surrogates.h"
+
+namespace tarnwick::indexing {
+namespace fs = std::filesystem;
+namespace {
+
+constexpr std::int64_t NS_PER_SECOND = 1'000'000'000;
+
+/// Two writes within one tick of the kernel's clock get one time; some file systems count whole seconds, or
+/// two.
+constexpr std::int64_t FINE_TICK_NS = 100'000'000;
+constexpr std::int64_t COARSE_TICK_NS = 2 * NS_PER_SECOND;
+
+std::int64_t nanoseconds(const timespec& time) {
+  return time.tv_sec * NS_PER_SECOND + time.tv_nsec;
+}
+
+std::int64_t now_ns() {
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(
+             std::chrono::system_clock::now().time_since_epoch())
+      .count();
+}
+
+bool is_version_control(std::string_view name) {
+  constexpr std::array<std::string_view, 6> NAMES = {".git", ".hg", ".svn", ".bzr", "_darcs", "CVS"};
+  return std::find(NAMES.begin(), NAMES.end(), name) != NAMES.end();
+}
+
+class Walk {
+ public:
+  explicit Walk(const WalkOptions& options) : options_(options) {
+    root_ = ::open(options.root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (root_ < 0) {
+      throw fs::filesystem_error("cannot read the directory", options.root,
+                                 std::error_code(errno, std::generic_category()));
+    }
+  }
+  Walk(const Walk&) = delete;
+  Walk& operator=(const Walk&) = delete;
+  ~Walk() { ::close(root_); }
+
+  std::vector<TreeEntry> run() {
+    list_repository("");
+    std::sort(entries_.begin(), entries_.end(), [](const auto& a, const auto& b) { return a.path < b.path; });
+    // A path in conflict is in git's list once for each of its versions.
+    const auto same = [](const TreeEntry& a, const TreeEntry& b) { return a.path == b.path; };
+    entries_.erase(std::unique(entries_.begin(), entries_.end(), same), entries_.end());
+    return std::move(entries_);
+  }
+
+ private:
+  /// Lists a directory (`prefix` ends with a slash, or is empty for the root) by git's rules if it is in a
+  /// work tree.
+  void list_repository(const std::string& prefix) {
+    const std::optional<std::vector<std::string>> files =
+        git_files(options_.root / prefix, options_.include_ignored);
+    // git has nothing to say about a directory that is itself ignored; whoever names it wants its files.
+    if (!files || files->empty()) return list_plainly(prefix);
+    for (const std::string& file : *files) visit(prefix + file);
+  }
+
+  void list_plainly(const std::string& prefix) {
+    std::vector<std::string> pending = {prefix};
+    while (!pending.empty()) {
+      const std::string directory = std::move(pending.back());
+      pending.pop_back();
+      const std::unique_ptr<DIR, int (*)(DIR*)> stream(open_directory(directory), ::closedir);
+      if (!stream) {
+        entries_.push_back({text::from_os(directory), {}, skips::UNREADABLE});
+        continue;
+      }
+      while (const dirent* entry = ::readdir(stream.get())) list_entry(directory, *entry, pending);
+    }
+  }
+
+  void list_entry(const std::string& directory, const dirent& entry, std::vector<std::string>& pending) {
+    const std::string_view name = entry.d_name;
+    if (name == "." || name == ".." || is_version_control(name)) return;
+    std::string path = directory + entry.d_name;
+    struct ::stat status = {};
+    const bool is_directory = entry.d_type == DT_DIR || (entry.d_type == DT_UNKNOWN &&
+                                                         look(path, status) == 0 && S_ISDIR(status.st_mode));
+    if (!is_directory) return visit(path);
+    if (skips::is_vendored_directory(name)) {
+      entries_.push_back({text::from_os(path) + '/', {}, skips::VENDORED});
+    } else {
+      pending.push_back(std::move(path += '/'));
+    }
+  }
+
+  DIR* open_directory(const std::string& path) const {
+    const int descriptor =
+        ::openat(root_, path.empty() ? "." : path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    DIR* stream = descriptor < 0 ? nullptr : ::fdopendir(descriptor);
+    if (stream == nullptr && descriptor >= 0) ::close(descriptor);
+    return stream;
+  }
+
+  int look(const std::string& path, struct ::stat& status) const {
+    return ::fstatat(root_, path.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
+  }
+
+  void visit(const std::string& os_path) {
+    TreeEntry entry{text::from_os(os_path), {}, skips::by_path(os_path)};
+    if (entry.skip.empty()) {
+      if (os_path.ends_with('/')) return nested(os_path);
+      if (!judge(os_path, entry)) return;
+    }
+    entries_.push_back(std::move(entry));
+  }
+
+  /// Looks at the file itself; false when it is none of the tree's files.
+  bool judge(const std::string& os_path, TreeEntry& entry) {
+    struct ::stat status = {};
+    if (const int error = look(os_path, status); error != 0) {
+      if (error == ENOENT || error == ENOTDIR) return false;
+      entry.skip = skips::UNREADABLE;
+      return true;
+    }
+    if (S_ISDIR(status.st_mode)) {
+      nested(os_path + '/');
+      return false;
+    }
+    entry.stat = file_stat(status, now_);
+    if (S_ISLNK(status.st_mode)) {
+      entry.skip = skips::SYMLINK;
+    } else if (!S_ISREG(status.st_mode)) {
+      entry.skip = skips::NOT_REGULAR;
+    } else if (options_.is_unsupported(entry.path)) {
+      entry.skip = skips::UNSUPPORTED;
+    } else if (static_cast<std::size_t>(status.st_size) > storage::MAX_FILE_SIZE) {
+      entry.skip = skips::TOO_LARGE;
+    }
+    return true;
+  }
+
+  /// A repository inside; one that is not checked out is an empty directory.
+  void nested(const std::string& prefix) {
+    struct ::stat status = {};
+    if (look(prefix + ".git", status) == 0) {
+      list_repository(prefix);
+    } else {
+      list_plainly(prefix);
+    }
+  }
+
+  const WalkOptions& options_;
+  std::int64_t now_ = now_ns();
+  int root_ = -1;
+  std::vector<TreeEntry> entries_;
+};
+
+}  // namespace
+
+std::vector<TreeEntry> walk_tree(const WalkOptions& options) {
+  return Walk(options).run();
+}
+
+storage::FileStat file_stat(const struct ::stat& status, std::int64_t read_at_ns) {
+  storage::FileStat result{static_cast<std::int64_t>(status.st_size), nanoseconds(status.st_mtim), 0};
+  const std::int64_t tick = status.st_mtim.tv_nsec == 0 ? COARSE_TICK_NS : FINE_TICK_NS;
+  if (result.mtime_ns > read_at_ns - tick && result.mtime_ns < read_at_ns + tick) return result;
+  const std::array<std::uint64_t, 2> rest = {static_cast<std::uint64_t>(nanoseconds(status.st_ctim)),
+                                             status.st_ino};
+  result.stamp = std::bit_cast<std::int64_t>(XXH3_64bits(rest.data(), sizeof rest)) | 1;
+  return result;
+}
+
+}  // namespace tarnwick::indexing

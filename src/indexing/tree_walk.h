@@ -1,0 +1,43 @@
+// The files of a directory tree.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "storage/file_record.h"
+
+namespace tarnwick::indexing {
+
+struct WalkOptions {
+  std::filesystem::path root;    ///< a directory; may lie inside a repository
+  bool include_ignored = false;  ///< list what ignore rules leave out, too
+  /// Whether a path can be told to be of no supported type by its name alone.
+  std::function<bool(std::string_view path)> is_unsupported = [](std::string_view) { return false; };
+};
+
+/// A file of the tree, or a directory that was not entered.
+struct TreeEntry {
+  std::string path;        ///< relative to the root, as text (text/surrogates.h)
+  storage::FileStat stat;  ///< of a file to be indexed
+  std::string_view skip;   ///< a reason of skips, or empty: to be indexed
+};
+
+/// Lists a tree by path, each file once. Within a git work tree git says what is ignored (nested files,
+/// negations, info/exclude and the user's own file included); tracked files are never ignored; repositories
+/// inside, submodules included, follow their own rules. Elsewhere, and without a git program, everything is
+/// listed. Symbolic links are not followed. What cannot be read is listed with its reason; a file that
+/// vanishes meanwhile is not. Throws std::filesystem::filesystem_error when the root is no directory that can
+/// be read.
+std::vector<TreeEntry> walk_tree(const WalkOptions& options);
+
+/// The stats of a file as they are stored; `read_at_ns` is the time before it was read. A file that changed
+/// so shortly before that its next change may show the same time gets a stamp of 0.
+storage::FileStat file_stat(const struct ::stat& status, std::int64_t read_at_ns);
+
+}  // namespace tarnwick::indexing

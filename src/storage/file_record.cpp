@@ -1,0 +1,138 @@
+#include "storage/file_record.h"
+
+#include <zstd.h>
+
+#include <algorithm>
+#include <map>
+#include <tuple>
+#include <utility>
+
+#include "storage/docstrings.h"
+#include "storage/errors.h"
+#include "storage/schema.h"
+#include "storage/search_text.h"
+#include "storage/token_cost.h"
+
+namespace tarnwick::storage {
+namespace {
+
+constexpr std::size_t MOST_ROWS = (std::size_t{1} << POSITION_BITS) - 1;
+constexpr std::size_t MAX_QUALIFIER = 100;
+constexpr char FIELD_END = '\x1f';
+constexpr char RECORD_END = '\x1e';
+constexpr int COMPRESSION_LEVEL = 1;
+constexpr std::size_t MAX_UNPACKED = std::size_t{1} << 28;
+
+SymbolRow row_of(indexing::Definition& definition, std::string_view path) {
+  SymbolRow row;
+  row.name = std::move(definition.name);
+  row.fqn = std::move(definition.fqn);
+  row.kind = std::move(definition.kind);
+  row.is_export = definition.is_export;
+  row.start_line = definition.start_line;
+  row.end_line = definition.end_line;
+  if (!definition.signature.empty()) row.signature = std::move(definition.signature);
+  if (!definition.docstring.empty()) {
+    const std::string_view kept = cut_docstring(definition.docstring);
+    row.docstring_truncated = kept.size() < definition.docstring.size();
+    row.docstring = std::string(kept);
+  }
+  row.parent = definition.parent;
+  row.token_count = token_cost(row, path);
+  return row;
+}
+
+std::int64_t type_number(std::string_view type) {
+  const auto* found = std::find(std::begin(USE_TYPES), std::end(USE_TYPES), type);
+  return found == std::end(USE_TYPES) ? 0 : found - std::begin(USE_TYPES);
+}
+
+/// One row for the uses that differ in nothing but their line, in order of the first line.
+std::vector<UseRow> fold(std::vector<indexing::Use> uses) {
+  using Key = std::tuple<std::optional<std::size_t>, std::string, std::string, std::int64_t>;
+  std::map<Key, std::size_t> positions;
+  std::vector<UseRow> rows;
+  for (indexing::Use& use : uses) {
+    if (use.name.empty()) continue;
+    if (use.qualifier.size() > MAX_QUALIFIER) use.qualifier.clear();
+    const std::int64_t type = type_number(use.usage_type);
+    const auto [entry, is_new] =
+        positions.try_emplace({use.enclosing, use.name, use.qualifier, type}, rows.size());
+    if (is_new) {
+      rows.push_back({std::move(use.name), std::move(use.qualifier), type, use.line, 1, use.enclosing});
+    } else {
+      ++rows[entry->second].count;
+      rows[entry->second].line = std::min(rows[entry->second].line, use.line);
+    }
+  }
+  return rows;
+}
+
+std::string_view take_field(std::string_view& text, char end) {
+  const std::size_t stop = text.find(end);
+  if (stop == std::string_view::npos)
+    throw IndexError(IndexError::Kind::damaged, "the index holds cut words");
+  const std::string_view field = text.substr(0, stop);
+  text.remove_prefix(stop + 1);
+  return field;
+}
+
+}  // namespace
+
+FileRecord make_record(FileInfo info, indexing::FileFacts facts, std::string_view text) {
+  if (facts.definitions.size() > MOST_ROWS) facts.definitions.resize(MOST_ROWS);
+  FileRecord record;
+  record.words = search_text(info.path, text, facts);
+  record.packed_words = pack(record.words);
+  record.symbols.reserve(facts.definitions.size());
+  for (indexing::Definition& definition : facts.definitions)
+    record.symbols.push_back(row_of(definition, info.path));
+  record.uses = fold(std::move(facts.uses));
+  if (record.uses.size() > MOST_ROWS) record.uses.resize(MOST_ROWS);
+  record.imports = std::move(facts.imports);
+  if (record.imports.size() > MOST_ROWS) record.imports.resize(MOST_ROWS);
+  info.has_error = facts.has_error;
+  record.info = std::move(info);
+  return record;
+}
+
+std::string pack(const FileWords& words) {
+  std::string text = words.path + FIELD_END + words.body + FIELD_END;
+  for (const SymbolWords& symbol : words.symbols) {
+    for (const std::string* field :
+         {&symbol.name, &symbol.scope, &symbol.signature, &symbol.docstring, &symbol.body}) {
+      text += *field;
+      text += FIELD_END;
+    }
+    text += RECORD_END;
+  }
+  std::string packed(ZSTD_compressBound(text.size()), '\0');
+  packed.resize(ZSTD_compress(packed.data(), packed.size(), text.data(), text.size(), COMPRESSION_LEVEL));
+  return packed;
+}
+
+FileWords unpack(std::string_view packed) {
+  const unsigned long long size = ZSTD_getFrameContentSize(packed.data(), packed.size());
+  if (size > MAX_UNPACKED) throw IndexError(IndexError::Kind::damaged, "the index holds damaged words");
+  std::string text(size, '\0');
+  if (ZSTD_decompress(text.data(), text.size(), packed.data(), packed.size()) != size) {
+    throw IndexError(IndexError::Kind::damaged, "the index holds damaged words");
+  }
+  std::string_view rest = text;
+  FileWords words;
+  words.path = take_field(rest, FIELD_END);
+  words.body = take_field(rest, FIELD_END);
+  while (!rest.empty()) {
+    std::string_view record = take_field(rest, RECORD_END);
+    SymbolWords symbol;
+    for (std::string* field :
+         {&symbol.name, &symbol.scope, &symbol.signature, &symbol.docstring, &symbol.body}) {
+      *field = take_field(record, FIELD_END);
+    }
+    symbol.path = words.path;
+    words.symbols.push_back(std::move(symbol));
+  }
+  return words;
+}
+
+}  // namespace tarnwick::storage

@@ -1,0 +1,297 @@
+#include "storage/index_writer.h"
+
+#include <SQLiteCpp/VariadicBind.h>
+#include <xxhash.h>
+
+#include <functional>
+#include <optional>
+
+#include "storage/import_keys.h"
+#include "storage/schema.h"
+#include "text/lowercase.h"
+
+namespace tarnwick::storage {
+namespace {
+
+void bind_optional(SQLite::Statement& statement, int index, const std::optional<std::string>& text) {
+  if (text) {
+    statement.bindNoCopy(index, *text);
+  } else {
+    statement.bind(index);
+  }
+}
+
+void run(SQLite::Statement& statement) {
+  statement.exec();
+  statement.reset();
+}
+
+constexpr const char* ROWS_OF_FILE = " WHERE id BETWEEN ?1 << 20 AND ?1 << 20 | 1048575";
+
+FileInfo info_of(SQLite::Statement& row) {
+  FileInfo info;
+  info.path = row.getColumn(1).getString();
+  info.stat = {row.getColumn(2).getInt64(), row.getColumn(3).getInt64(), row.getColumn(4).getInt64()};
+  info.hash = row.getColumn(5).getInt64();
+  info.language = row.getColumn(6).getString();
+  if (!row.getColumn(7).isNull()) info.skip = row.getColumn(7).getString();
+  return info;
+}
+
+}  // namespace
+
+std::vector<StoredFile> IndexWriter::files() {
+  SQLite::Statement& query =
+      connection_->prepare("SELECT id, path, size, mtime_ns, stamp, hash, language, skip FROM files");
+  std::vector<StoredFile> files;
+  while (query.executeStep()) files.push_back({query.getColumn(0).getInt64(), info_of(query)});
+  query.reset();
+  return files;
+}
+
+void IndexWriter::clear() {
+  connection_->execute(
+      "DELETE FROM files; DELETE FROM components; DELETE FROM names; DELETE FROM symbols; DELETE FROM uses; "
+      "DELETE FROM imports; DELETE FROM words; "
+      "INSERT INTO symbol_search (symbol_search) VALUES ('delete-all'); "
+      "INSERT INTO file_search (file_search) VALUES ('delete-all')");
+  name_ids_.clear();
+}
+
+std::int64_t IndexWriter::next_file_id() {
+  return connection_->number("SELECT ifnull(max(id), 0) + 1 FROM files");
+}
+
+void IndexWriter::add(std::int64_t file_id, const FileRecord& record) {
+  add_info(file_id, record.info);
+  if (record.info.skip) return;
+  add_symbols(file_id, record);
+  add_uses(file_id, record);
+  add_imports(file_id, record);
+  write_words(file_id, record.words, false);
+  SQLite::Statement& words = connection_->prepare("INSERT INTO words (file_id, words) VALUES (?, ?)");
+  words.bind(1, file_id);
+  words.bindNoCopy(2, record.packed_words.data(), static_cast<int>(record.packed_words.size()));
+  run(words);
+}
+
+void IndexWriter::remove(std::int64_t file_id) {
+  note_names(file_id);
+  SQLite::Statement& words = connection_->prepare("SELECT words FROM words WHERE file_id = ?");
+  words.bind(1, file_id);
+  if (words.executeStep()) {
+    const std::string packed = words.getColumn(0).getString();
+    words.reset();
+    write_words(file_id, unpack(packed), true);
+  }
+  words.reset();
+  for (const char* table : {"symbols", "uses", "imports"}) {
+    SQLite::Statement& statement = connection_->prepare(std::string("DELETE FROM ") + table + ROWS_OF_FILE);
+    statement.bind(1, file_id);
+    run(statement);
+  }
+  for (const char* sql : {"DELETE FROM words WHERE file_id = ?", "DELETE FROM files WHERE id = ?"}) {
+    SQLite::Statement& statement = connection_->prepare(sql);
+    statement.bind(1, file_id);
+    run(statement);
+  }
+}
+
+void IndexWriter::touch(std::int64_t file_id, const FileStat& stat) {
+  SQLite::Statement& update =
+      connection_->prepare("UPDATE files SET size = ?, mtime_ns = ?, stamp = ? WHERE id = ?");
+  SQLite::bind(update, stat.size, stat.mtime_ns, stat.stamp, file_id);
+  run(update);
+}
+
+void IndexWriter::add_info(std::int64_t file_id, const FileInfo& info) {
+  SQLite::Statement& insert = connection_->prepare(
+      "INSERT INTO files (id, path, size, mtime_ns, stamp, hash, language, is_test, is_source, skip, lines, "
+      "has_error) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+  insert.bind(1, file_id);
+  insert.bindNoCopy(2, info.path);
+  insert.bind(3, info.stat.size);
+  insert.bind(4, info.stat.mtime_ns);
+  insert.bind(5, info.stat.stamp);
+  insert.bind(6, info.hash);
+  insert.bindNoCopy(7, info.language);
+  insert.bind(8, static_cast<int>(info.is_test));
+  insert.bind(9, static_cast<int>(info.is_source));
+  bind_optional(insert, 10, info.skip);
+  insert.bind(11, info.lines);
+  insert.bind(12, static_cast<int>(info.has_error));
+  run(insert);
+}
+
+void IndexWriter::add_symbols(std::int64_t file_id, const FileRecord& record) {
+  std::int64_t position = 0;
+  for (const SymbolRow& symbol : record.symbols) {
+    const std::int64_t name = name_id(symbol.name);
+    SQLite::Statement& insert = connection_->prepare(
+        "INSERT INTO symbols (id, name_id, fqn, fqn_hash, kind, is_export, start_line, end_line, signature, "
+        "docstring, docstring_truncated, token_count, parent_id) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
+        "?)");
+    insert.bind(1, symbol_id(file_id, ++position));
+    insert.bind(2, name);
+    insert.bindNoCopy(3, symbol.fqn);
+    insert.bind(4, fqn_hash(symbol.fqn));
+    insert.bindNoCopy(5, symbol.kind);
+    insert.bind(6, static_cast<int>(symbol.is_export));
+    insert.bind(7, symbol.start_line);
+    insert.bind(8, symbol.end_line);
+    bind_optional(insert, 9, symbol.signature);
+    bind_optional(insert, 10, symbol.docstring);
+    insert.bind(11, static_cast<int>(symbol.docstring_truncated));
+    insert.bind(12, symbol.token_count);
+    if (symbol.parent) insert.bind(13, symbol_id(file_id, static_cast<std::int64_t>(*symbol.parent) + 1));
+    run(insert);
+  }
+}
+
+void IndexWriter::add_uses(std::int64_t file_id, const FileRecord& record) {
+  std::int64_t position = 0;
+  for (const UseRow& use : record.uses) {
+    const std::int64_t name = name_id(use.name);
+    SQLite::Statement& insert = connection_->prepare(
+        "INSERT INTO uses (id, name_id, qualifier, type, line, count, enclosing, is_test) "
+        "VALUES (?, ?, ?, ?, ?, ?, ?, ?)");
+    insert.bind(1, symbol_id(file_id, ++position));
+    insert.bind(2, name);
+    insert.bindNoCopy(3, use.qualifier);
+    insert.bind(4, use.type);
+    insert.bind(5, use.line);
+    insert.bind(6, use.count);
+    insert.bind(7, use.enclosing ? static_cast<std::int64_t>(*use.enclosing) + 1 : 0);
+    insert.bind(8, static_cast<int>(record.info.is_test));
+    run(insert);
+  }
+}
+
+void IndexWriter::add_imports(std::int64_t file_id, const FileRecord& record) {
+  std::int64_t position = 0;
+  for (const indexing::Import& import : record.imports) {
+    SQLite::Statement& insert = connection_->prepare(
+        "INSERT INTO imports (id, module, name, alias, module_key, line) VALUES (?, ?, ?, ?, ?, ?)");
+    SQLite::bind(insert, symbol_id(file_id, ++position), import.module, import.name, import.alias,
+                 std::string(module_key(import.module)), import.line);
+    run(insert);
+  }
+}
+
+void IndexWriter::write_words(std::int64_t file_id, const FileWords& words, bool remove) {
+  SQLite::Statement& file = connection_->prepare(
+      remove ? "INSERT INTO file_search (file_search, rowid, path, body) VALUES ('delete', ?, ?, ?)"
+             : "INSERT INTO file_search (rowid, path, body) VALUES (?, ?, ?)");
+  file.bind(1, file_id);
+  file.bindNoCopy(2, words.path);
+  file.bindNoCopy(3, words.body);
+  run(file);
+  std::int64_t position = 0;
+  for (const SymbolWords& symbol : words.symbols) {
+    SQLite::Statement& row = connection_->prepare(
+        remove ? "INSERT INTO symbol_search (symbol_search, rowid, name, scope, signature, docstring, path, "
+                 "body) "
+                 "VALUES ('delete', ?, ?, ?, ?, ?, ?, ?)"
+               : "INSERT INTO symbol_search (rowid, name, scope, signature, docstring, path, body) "
+                 "VALUES (?, ?, ?, ?, ?, ?, ?)");
+    row.bind(1, symbol_id(file_id, ++position));
+    row.bindNoCopy(2, symbol.name);
+    row.bindNoCopy(3, symbol.scope);
+    row.bindNoCopy(4, symbol.signature);
+    row.bindNoCopy(5, symbol.docstring);
+    row.bindNoCopy(6, symbol.path);
+    row.bindNoCopy(7, symbol.body);
+    run(row);
+  }
+}
+
+std::int64_t IndexWriter::name_id(const std::string& name) {
+  if (const auto found = name_ids_.find(name); found != name_ids_.end()) return found->second;
+  SQLite::Statement& query = connection_->prepare("SELECT id FROM names WHERE name = ?");
+  query.bindNoCopy(1, name);
+  std::int64_t id = 0;
+  if (query.executeStep()) id = query.getColumn(0).getInt64();
+  query.reset();
+  if (id == 0) {
+    SQLite::Statement& insert = connection_->prepare("INSERT INTO names (name, lower) VALUES (?, ?)");
+    SQLite::bind(insert, name, text::lowercase(name));
+    run(insert);
+    id = connection_->database().getLastInsertRowid();
+  }
+  name_ids_.emplace(name, id);
+  return id;
+}
+
+void IndexWriter::note_names(std::int64_t file_id) {
+  for (const char* table : {"symbols", "uses"}) {
+    SQLite::Statement& query =
+        connection_->prepare(std::string("SELECT DISTINCT name_id FROM ") + table + ROWS_OF_FILE);
+    query.bind(1, file_id);
+    while (query.executeStep()) perhaps_unused_.insert(query.getColumn(0).getInt64());
+    query.reset();
+  }
+}
+
+void IndexWriter::drop_unused_names() {
+  SQLite::Statement& drop = connection_->prepare(
+      "DELETE FROM names WHERE id IN (SELECT value FROM json_each(?)) "
+      "AND NOT EXISTS (SELECT 1 FROM symbols WHERE name_id = names.id) "
+      "AND NOT EXISTS (SELECT 1 FROM uses WHERE name_id = names.id)");
+  drop.bind(1, json_array(std::vector<std::int64_t>(perhaps_unused_.begin(), perhaps_unused_.end())));
+  run(drop);
+  perhaps_unused_.clear();
+  name_ids_.clear();
+}
+
+void IndexWriter::set_components(
+    const std::vector<ComponentRow>& components,
+    const std::function<std::optional<std::size_t>(std::string_view)>& component_of) {
+  std::vector<ComponentRow> stored;
+  SQLite::Statement& rows = connection_->prepare("SELECT name, path FROM components ORDER BY id");
+  while (rows.executeStep()) stored.push_back({rows.getColumn(0).getString(), rows.getColumn(1).getString()});
+  rows.reset();
+  if (stored != components) {
+    connection_->execute("DELETE FROM components");
+    for (std::size_t i = 0; i < components.size(); ++i) {
+      SQLite::Statement& insert =
+          connection_->prepare("INSERT INTO components (id, name, path) VALUES (?, ?, ?)");
+      SQLite::bind(insert, static_cast<std::int64_t>(i) + 1, components[i].name, components[i].path);
+      run(insert);
+    }
+  }
+  std::vector<std::pair<std::int64_t, std::optional<std::size_t>>> changed;
+  SQLite::Statement& files =
+      connection_->prepare("SELECT id, path, component_id FROM files WHERE skip IS NULL");
+  while (files.executeStep()) {
+    const std::optional<std::size_t> component = component_of(files.getColumn(1).getString());
+    const std::int64_t id = component ? static_cast<std::int64_t>(*component) + 1 : 0;
+    if (files.getColumn(2).getInt64() != id) changed.emplace_back(files.getColumn(0).getInt64(), component);
+  }
+  files.reset();
+  for (const auto& [file, component] : changed) {
+    SQLite::Statement& update = connection_->prepare("UPDATE files SET component_id = ? WHERE id = ?");
+    if (component) update.bind(1, static_cast<std::int64_t>(*component) + 1);
+    update.bind(2, file);
+    run(update);
+  }
+}
+
+void IndexWriter::set_meta(const char* key, std::string_view value) {
+  SQLite::Statement& insert = connection_->prepare("INSERT OR REPLACE INTO meta (key, value) VALUES (?, ?)");
+  SQLite::bind(insert, key, std::string(value));
+  run(insert);
+}
+
+void IndexWriter::set_meta(const char* key, std::int64_t value) {
+  SQLite::Statement& insert = connection_->prepare("INSERT OR REPLACE INTO meta (key, value) VALUES (?, ?)");
+  SQLite::bind(insert, key, value);
+  run(insert);
+}
+
+void IndexWriter::remove_meta(const char* key) {
+  SQLite::Statement& remove = connection_->prepare("DELETE FROM meta WHERE key = ?");
+  remove.bind(1, key);
+  run(remove);
+}
+
+}  // namespace tarnwick::storage

@@ -1,0 +1,19 @@
+// The places that use a symbol.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+#include "storage/connection.h"
+#include "tarnwick/storage/repository.h"
+
+namespace tarnwick::storage {
+
+/// The uses of those symbols, in the order that StoredRepository states, at most `limit` of the total.
+/// Contexts are read below `root`.
+References references_of(Connection& connection, const std::vector<std::int64_t>& symbol_ids,
+                         const std::filesystem::path& root, std::size_t limit);
+
+}  // namespace tarnwick::storage

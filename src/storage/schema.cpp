@@ -1,0 +1,88 @@
+#include "storage/schema.h"
+
+#include <xxhash.h>
+
+#include <bit>
+
+namespace tarnwick::storage {
+
+const char* const SCHEMA = R"sql(
+CREATE TABLE meta (key TEXT PRIMARY KEY, value) WITHOUT ROWID;
+
+CREATE TABLE files (
+  id INTEGER PRIMARY KEY,
+  path TEXT NOT NULL UNIQUE,
+  size INTEGER NOT NULL,
+  mtime_ns INTEGER NOT NULL,
+  stamp INTEGER NOT NULL,
+  hash INTEGER NOT NULL,
+  language TEXT NOT NULL,
+  is_test INTEGER NOT NULL,
+  is_source INTEGER NOT NULL,
+  skip TEXT,
+  lines INTEGER NOT NULL,
+  has_error INTEGER NOT NULL,
+  component_id INTEGER
+);
+CREATE INDEX files_component ON files (component_id);
+
+CREATE TABLE components (id INTEGER PRIMARY KEY, name TEXT NOT NULL, path TEXT NOT NULL UNIQUE);
+CREATE INDEX components_name ON components (name);
+
+CREATE TABLE names (id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE, lower TEXT NOT NULL);
+CREATE INDEX names_lower ON names (lower);
+
+CREATE TABLE symbols (
+  id INTEGER PRIMARY KEY,
+  name_id INTEGER NOT NULL,
+  fqn TEXT NOT NULL,
+  fqn_hash INTEGER NOT NULL,
+  kind TEXT NOT NULL,
+  is_export INTEGER NOT NULL,
+  start_line INTEGER NOT NULL,
+  end_line INTEGER NOT NULL,
+  signature TEXT,
+  docstring TEXT,
+  docstring_truncated INTEGER NOT NULL,
+  token_count INTEGER NOT NULL,
+  parent_id INTEGER
+);
+CREATE INDEX symbols_name ON symbols (name_id);
+CREATE INDEX symbols_fqn ON symbols (fqn_hash);
+
+CREATE TABLE uses (
+  id INTEGER PRIMARY KEY,
+  name_id INTEGER NOT NULL,
+  qualifier TEXT NOT NULL,
+  type INTEGER NOT NULL,
+  line INTEGER NOT NULL,
+  count INTEGER NOT NULL,
+  enclosing INTEGER NOT NULL,
+  is_test INTEGER NOT NULL
+);
+CREATE INDEX uses_name ON uses (name_id, is_test);
+
+CREATE TABLE imports (
+  id INTEGER PRIMARY KEY,
+  module TEXT NOT NULL,
+  name TEXT NOT NULL,
+  alias TEXT NOT NULL,
+  module_key TEXT NOT NULL,
+  line INTEGER NOT NULL
+);
+CREATE INDEX imports_module ON imports (module_key);
+CREATE INDEX imports_name ON imports (name);
+
+CREATE TABLE words (file_id INTEGER PRIMARY KEY, words BLOB NOT NULL);
+
+CREATE VIRTUAL TABLE symbol_search USING fts5 (
+  name, scope, signature, docstring, path, body, content = '', tokenize = "ascii tokenchars '_$'");
+CREATE VIRTUAL TABLE file_search USING fts5 (
+  path, body, content = '', tokenize = "ascii tokenchars '_$'");
+)sql";
+
+std::int64_t fqn_hash(std::string_view fqn) {
+  return std::bit_cast<std::int64_t>(XXH3_64bits(fqn.data(), fqn.size()));
+}
+
+}  // namespace tarnwick::storage

@@ -1,0 +1,57 @@
+// The tables of an index file.
+//
+// Everything stored about a file is a function of that file alone: names are tied to definitions when they
+// are asked for (resolver.h), so that a changed file costs its own rows and an updated index equals a fresh
+// one.
+//
+//   meta(key, value)            facts about the index as a whole: meta_keys
+//   files(id, path, …)          every file of the tree, the left out ones too (`skip` says why, else null)
+//   components(id, name, path)  directories of packages; path is "" for the root
+//   names(id, name, lower)      each simple name once; lower is its Unicode lowercase
+//   symbols(id, name_id, …)     id = symbol_id(file, position): the rows of a file are neighbours
+//   uses(id, name_id, …)        the uses of a name by one symbol, folded to one row per kind of use
+//   imports(id, module, …)      module_key: see import_keys.h
+//   words(file_id, words)       what the search tables hold of a file, compressed: a contentless table can
+//   only forget
+//                               a row when it is told the row's text again
+//   symbol_search, file_search  FTS5 over the words of retrieval/words.h, rowid = symbol id or file id.
+//   Tables without
+//                               content: they answer rowids and bm25(), no text.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace tarnwick::storage {
+
+/// Counts up with every change of tables, of what is put in them, or of extraction: an older index is
+/// rebuilt.
+inline constexpr int SCHEMA_VERSION = 1;
+
+/// "tarn" in the header of the file; frozen.
+inline constexpr int APPLICATION_ID = 0x7461726E;
+
+/// A file's symbols and uses are numbered within it; both parts of an id are frozen.
+inline constexpr int POSITION_BITS = 20;
+
+constexpr std::int64_t symbol_id(std::int64_t file_id, std::int64_t position) {
+  return (file_id << POSITION_BITS) | position;
+}
+/// What symbols.fqn_hash holds: a tenth of the room that an index over the texts would take.
+std::int64_t fqn_hash(std::string_view fqn);
+
+constexpr std::int64_t file_of(std::int64_t symbol_id) {
+  return symbol_id >> POSITION_BITS;
+}
+
+namespace meta_keys {
+inline constexpr const char* ROOT = "root";              ///< the repository's real path
+inline constexpr const char* INDEXED_AT = "indexed_at";  ///< seconds since 1970 of the last complete indexing
+inline constexpr const char* GIT_HEAD = "git_head";      ///< the commit checked out then; absent without git
+inline constexpr const char* FILES_TO_INDEX =
+    "files_total";  ///< of a first indexing under way; absent when complete
+}  // namespace meta_keys
+
+extern const char* const SCHEMA;
+
+}  // namespace tarnwick::storage
