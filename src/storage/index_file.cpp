@@ -115,8 +115,9 @@ std::unique_ptr<Connection> open_checked(const fs::path& file, std::optional<std
       message = "the index was written by an older release and is made anew";
       state = State::empty;
     }
-    if (state == State::empty) create_tables(*connection);
+    // A power cut may lose the last commits, not more; they are made again.
     connection->execute("PRAGMA synchronous = NORMAL");
+    if (state == State::empty) create_tables(*connection);
   });
   return connection;
 }

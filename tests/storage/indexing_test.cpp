@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "indexed_tree.h"
+#include "storage/indexed_tree.h"
 
 namespace tarnwick::testing {
 namespace {
@@ -21,7 +21,8 @@ TEST(Indexing, FindsWhatFilesDefine) {
   EXPECT_TRUE(report.first);
   EXPECT_EQ(report.added, 2);
   const auto repository = tree.open();
-  EXPECT_THAT(fqns(repository.search_symbols("%E%", 50, true).symbols), ElementsAre("read_one.inner", "parse", "read_one"));
+  EXPECT_THAT(fqns(repository.search_symbols("%E%", 50, true).symbols),
+              ElementsAre("read_one.inner", "parse", "read_one"));
   EXPECT_EQ(repository.get_references("parse").total, 1);
   EXPECT_EQ(tree.update().added, 0);
 }

@@ -49,7 +49,8 @@ class ToyExtractor final : public indexing::Extractor {
         const std::string_view rest = line.substr(4);
         const std::size_t blank = rest.find(' ');
         facts.imports.push_back({std::string(rest.substr(0, blank)),
-                                 blank == rest.npos ? "" : std::string(rest.substr(blank + 1)), "", line_number});
+                                 blank == rest.npos ? "" : std::string(rest.substr(blank + 1)), "",
+                                 line_number});
       } else {
         call(facts, line, line_number, enclosing);
       }
@@ -84,7 +85,8 @@ class ToyExtractor final : public indexing::Extractor {
       const std::string_view word = before.substr(before.find_last_of(' ') + 1);
       const std::size_t dot = word.rfind('.');
       facts.uses.push_back({std::string(dot == word.npos ? word : word.substr(dot + 1)),
-                            dot == word.npos ? "" : std::string(word.substr(0, dot)), "call", number, enclosing});
+                            dot == word.npos ? "" : std::string(word.substr(0, dot)), "call", number,
+                            enclosing});
     }
   }
 };

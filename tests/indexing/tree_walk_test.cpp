@@ -1,0 +1,97 @@
+#include "indexing/tree_walk.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+
+#include "support/fakes.h"
+
+namespace tarnwick::testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::UnorderedElementsAre;
+
+class Tree {
+ public:
+  void write(const std::vector<std::string>& paths) const {
+    for (const std::string& path : paths) folder_.write(path, "x\n");
+  }
+  void write(const std::string& path, std::string_view text) const { folder_.write(path, text); }
+
+  void git(const std::string& command, const std::string& directory = "") const {
+    const std::string line = "cd '" + folder_.path() + "/" + directory +
+                             "' && GIT_CONFIG_GLOBAL=/dev/null git -c user.name=n -c user.email=e@x "
+                             "-c protocol.file.allow=always " +
+                             command + " >/dev/null 2>&1";
+    ASSERT_EQ(std::system(line.c_str()), 0) << command;
+  }
+
+  std::vector<std::string> paths(const std::string& directory = "", bool ignored = false) const {
+    std::vector<std::string> result;
+    for (const auto& entry : indexing::walk_tree(
+             {.root = std::filesystem::path(folder_.path()) / directory, .include_ignored = ignored})) {
+      if (entry.skip.empty()) result.push_back(entry.path);
+    }
+    return result;
+  }
+  const std::string& path() const { return folder_.path(); }
+
+ private:
+  TempFolder folder_;
+};
+
+TEST(TreeWalk, FollowsEveryIgnoreRuleOfGit) {
+  const Tree tree;
+  tree.git("init");
+  tree.write(".gitignore", "*.log\n!keep.log\n/build/\n");
+  tree.write("sub/.gitignore", "local*\n!/local_kept\n");
+  tree.write(".git/info/exclude", "private\n");
+  tree.write({"a.py", "x.log", "keep.log", "build/out.py", "sub/local1", "sub/local_kept",
+              "sub/build/fine.py", "private", "tracked.log"});
+  tree.git("add -f tracked.log");
+  EXPECT_THAT(tree.paths(), ElementsAre(".gitignore", "a.py", "keep.log", "sub/.gitignore",
+                                        "sub/build/fine.py", "sub/local_kept", "tracked.log"));
+  EXPECT_THAT(tree.paths("sub"), ElementsAre(".gitignore", "build/fine.py", "local_kept"))
+      << "a subtree as root";
+  EXPECT_THAT(tree.paths("build"), ElementsAre("out.py")) << "an ignored directory that was asked for";
+  EXPECT_THAT(tree.paths("sub", true),
+              UnorderedElementsAre(".gitignore", "build/fine.py", "local1", "local_kept"));
+}
+
+TEST(TreeWalk, EntersRepositoriesInsideAndWorkTrees) {
+  const Tree tree;
+  tree.write({"library/lib.py", "main/app.py", "main/nested/own.py"});
+  tree.git("init", "library");
+  tree.git("add . && git -c user.name=n -c user.email=e@x commit -m one", "library");
+  tree.git("init", "main");
+  tree.git("submodule add ../library library.sub", "main");
+  tree.git("init", "main/nested");
+  tree.git("add app.py && git -c user.name=n -c user.email=e@x commit -m one", "main");
+  EXPECT_THAT(tree.paths("main"),
+              ElementsAre(".gitmodules", "app.py", "library.sub/lib.py", "nested/own.py"));
+  tree.git("worktree add ../other", "main");
+  EXPECT_THAT(tree.paths("other"), ElementsAre(".gitmodules", "app.py"))
+      << "its submodule is not checked out";
+  tree.write("main/gone.py", "x");
+  tree.git("add gone.py", "main");
+  std::filesystem::remove(tree.path() + "/main/gone.py");
+  EXPECT_THAT(tree.paths("main").size(), 4U) << "what git knows but is not there";
+}
+
+TEST(TreeWalk, ListsEverythingWhereThereIsNoGit) {
+  const Tree tree;
+  tree.write({"a.py", ".gitignore", ".hidden/b.py", ".hg/store", "node_modules/x/index.js", "deep/er/c.py"});
+  tree.write(".gitignore", "a.py\n");
+  EXPECT_THAT(tree.paths(), ElementsAre(".gitignore", ".hidden/b.py", "a.py", "deep/er/c.py"));
+  const std::string programs = std::getenv("PATH");
+  ::setenv("PATH", "/nonexistent", 1);
+  EXPECT_THAT(tree.paths(), ElementsAre(".gitignore", ".hidden/b.py", "a.py", "deep/er/c.py"))
+      << "no git program";
+  ::setenv("PATH", programs.c_str(), 1);
+  EXPECT_THROW(tree.paths("missing"), std::filesystem::filesystem_error);
+  EXPECT_THROW(tree.paths("a.py"), std::filesystem::filesystem_error);
+}
+
+}  // namespace
+}  // namespace tarnwick::testing

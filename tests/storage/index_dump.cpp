@@ -1,0 +1,53 @@
+#include "storage/index_dump.h"
+
+#include <algorithm>
+
+#include "storage/index_file.h"
+
+namespace tarnwick::testing {
+namespace {
+
+constexpr const char* QUERIES[] = {
+    "SELECT 'file', path, size, hash, language, is_test, is_source, skip, lines, has_error, "
+    "(SELECT path FROM components AS c WHERE c.id = component_id) FROM files",
+    "SELECT 'component', id, name, path FROM components",
+    "SELECT 'name', name, lower FROM names",
+    "SELECT 'symbol', f.path, s.id & 1048575, n.name, fqn, fqn_hash, kind, is_export, start_line, end_line, "
+    "signature, "
+    "docstring, docstring_truncated, token_count, parent_id & 1048575 "
+    "FROM symbols AS s JOIN files AS f ON f.id = s.id >> 20 JOIN names AS n ON n.id = s.name_id",
+    "SELECT 'use', f.path, u.id & 1048575, n.name, qualifier, type, line, count, enclosing, u.is_test "
+    "FROM uses AS u JOIN files AS f ON f.id = u.id >> 20 JOIN names AS n ON n.id = u.name_id",
+    "SELECT 'import', f.path, i.id & 1048575, module, name, alias, module_key, line "
+    "FROM imports AS i JOIN files AS f ON f.id = i.id >> 20",
+    "SELECT 'words', f.path, hex(words) FROM words AS w JOIN files AS f ON f.id = w.file_id",
+    "SELECT 'symbol word', term, ifnull(f.path, 'lost'), doc & 1048575, col, offset "
+    "FROM symbol_words AS w LEFT JOIN files AS f ON f.id = doc >> 20",
+    "SELECT 'file word', term, ifnull(f.path, 'lost'), col, offset "
+    "FROM file_words AS w LEFT JOIN files AS f ON f.id = doc",
+    "SELECT 'symbol sizes', hex(block) FROM symbol_search_data WHERE id = 1",
+    "SELECT 'file sizes', hex(block) FROM file_search_data WHERE id = 1",
+    "SELECT 'complete', count(*) FROM meta WHERE key IN ('root', 'indexed_at')",
+};
+
+}  // namespace
+
+std::vector<std::string> dump(const std::filesystem::path& index_file) {
+  const auto connection = storage::open_for_reading(index_file);
+  connection->execute(
+      "CREATE VIRTUAL TABLE temp.symbol_words USING fts5vocab (main, symbol_search, instance)");
+  connection->execute("CREATE VIRTUAL TABLE temp.file_words USING fts5vocab (main, file_search, instance)");
+  std::vector<std::string> lines;
+  for (const char* sql : QUERIES) {
+    SQLite::Statement query(connection->database(), sql);
+    while (query.executeStep()) {
+      std::string line;
+      for (int i = 0; i < query.getColumnCount(); ++i) line += query.getColumn(i).getString() + '|';
+      lines.push_back(std::move(line));
+    }
+  }
+  std::sort(lines.begin(), lines.end());
+  return lines;
+}
+
+}  // namespace tarnwick::testing
