@@ -79,6 +79,13 @@ CREATE VIRTUAL TABLE symbol_search USING fts5 (
   name, scope, signature, docstring, path, body, content = '', tokenize = "ascii tokenchars '_$'");
 CREATE VIRTUAL TABLE file_search USING fts5 (
   path, body, content = '', tokenize = "ascii tokenchars '_$'");
+
+CREATE TABLE commits (id INTEGER PRIMARY KEY, hash TEXT NOT NULL, files INTEGER NOT NULL, touched_read INTEGER NOT NULL);
+CREATE TABLE commit_paths (id INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE);
+CREATE TABLE commit_files (
+  commit_id INTEGER NOT NULL, path_id INTEGER NOT NULL, names TEXT NOT NULL, PRIMARY KEY (commit_id, path_id)
+) WITHOUT ROWID;
+CREATE VIRTUAL TABLE commit_search USING fts5 (subject, tokenize = "ascii tokenchars '_$'");
 )sql";
 
 std::int64_t fqn_hash(std::string_view fqn) {

@@ -17,6 +17,10 @@
 //   symbol_search, file_search  FTS5 over the words of retrieval/words.h, rowid = symbol id or file id.
 //   Tables without
 //                               content: they answer rowids and bm25(), no text.
+//   commits(id, hash, files, …)  past commits that changed few files; a newer one has a greater id
+//   commit_files(…, names)      the files of a commit and, blank-separated, the names of what it touched there
+//   commit_paths(id, path)      their paths, which need not be in the tree any more
+//   commit_search               FTS5 over the words of commit subjects, rowid = commit id
 #pragma once
 
 #include <cstdint>
@@ -50,6 +54,7 @@ inline constexpr const char* INDEXED_AT = "indexed_at";  ///< seconds since 1970
 inline constexpr const char* GIT_HEAD = "git_head";      ///< the commit checked out then; absent without git
 inline constexpr const char* FILES_TO_INDEX =
     "files_total";  ///< of a first indexing under way; absent when complete
+inline constexpr const char* HISTORY_HEAD = "history_head";  ///< the commit up to which history was read
 }  // namespace meta_keys
 
 extern const char* const SCHEMA;

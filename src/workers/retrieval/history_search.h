@@ -1,0 +1,23 @@
+// Past commits whose subjects resemble a task.
+#pragma once
+
+#include <cstdint>
+#include <unordered_map>
+
+#include "storage/connection.h"
+#include "workers/retrieval/file_table.h"
+#include "workers/retrieval/text_search.h"
+
+namespace tarnwick::retrieval {
+
+/// How strongly those commits speak for files and symbols of today; small commits count more. Not normalised.
+struct HistoryScores {
+  std::unordered_map<std::int64_t, double> files;
+  std::unordered_map<std::int64_t, double> symbols;
+};
+
+/// Empty where the index holds no history. Throws SQLite::Exception when it cannot be asked.
+HistoryScores search_history(storage::Connection& connection, const FileTable& files,
+                             const SearchWords& words);
+
+}  // namespace tarnwick::retrieval

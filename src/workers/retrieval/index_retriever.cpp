@@ -1,0 +1,269 @@
+#include "workers/retrieval/index_retriever.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include "storage/schema.h"
+#include "workers/retrieval/file_table.h"
+#include "workers/retrieval/history_search.h"
+#include "workers/retrieval/name_search.h"
+#include "workers/retrieval/query.h"
+#include "workers/retrieval/text_search.h"
+#include "workers/retrieval/words.h"
+
+namespace tarnwick::retrieval {
+namespace {
+
+using storage::Connection;
+using storage::file_of;
+using Scores = std::unordered_map<std::int64_t, double>;
+
+/// How many symbols with the most text are candidates, share their files' `peers`, and lend to their
+/// neighbours.
+constexpr std::size_t TEXT_CANDIDATES = 300;
+constexpr std::size_t PEERS = 200;
+constexpr std::size_t LENDERS = 50;
+/// How many test files lend to the files that they are named after.
+constexpr std::size_t LENDING_TESTS = 20;
+
+double value_of(const Scores& scores, std::int64_t id) {
+  const auto found = scores.find(id);
+  return found == scores.end() ? 0 : found->second;
+}
+
+Scores map_of(const std::vector<RowScore>& rows) {
+  Scores scores;
+  for (const RowScore& row : rows) scores.emplace(row.id, row.score);
+  return scores;
+}
+
+/// One ranking: gathers each signal in turn, then folds them for every symbol that any of them found.
+class Ranking {
+ public:
+  Ranking(Connection& connection, std::string_view task, bool include_tests)
+      : connection_(&connection),
+        task_(task),
+        words_(SearchWords::of(task)),
+        files_(connection),
+        include_tests_(include_tests) {}
+
+  void gather() {
+    guarded("the text index", [&] { gather_text(); });
+    guarded("the text index", [&] { gather_files(); });
+    guarded("the text index", [&] { gather_paths(); });
+    guarded("the history", [&] { gather_history(); });
+    gather_names();
+    gather_neighbours();
+  }
+
+  ExplainedRanking rank(std::size_t limit) const {
+    std::vector<ExplainedHit> hits = candidates();
+    for (ExplainedHit& hit : hits) {
+      hit.signals = signals_of(hit);
+      hit.score = fold(hit.signals);
+    }
+    std::ranges::sort(hits, is_better);
+    std::unordered_map<std::int64_t, std::size_t> seen;
+    for (ExplainedHit& hit : hits) hit.score = spread(hit.score, seen[file_of(hit.symbol_id)]++);
+    std::ranges::sort(hits, is_better);
+    hits.resize(std::min(hits.size(), limit));
+    return {std::move(hits), note()};
+  }
+
+ private:
+  static bool is_better(const ExplainedHit& a, const ExplainedHit& b) {
+    return a.score != b.score ? a.score > b.score : a.symbol_id < b.symbol_id;
+  }
+
+  /// Runs one step; a table that fails costs the step's signals. A damaged file shows in the steps that
+  /// follow.
+  void guarded(const char* what, const std::function<void()>& step) {
+    try {
+      step();
+    } catch (const SQLite::Exception& error) {
+      if (unasked_.empty() || unasked_.back() != what) unasked_.emplace_back(what);
+    }
+  }
+
+  std::optional<std::string> note() const {
+    if (unasked_.empty()) return std::nullopt;
+    std::string names = unasked_.front();
+    for (std::size_t n = 1; n < unasked_.size(); ++n) names += " and " + unasked_[n];
+    return "The ranking is incomplete: " + names + " could not be asked.";
+  }
+
+  bool admits(std::int64_t file) const {
+    const RankedFile* found = files_.find(file);
+    return found && (include_tests_ || !found->is_test);
+  }
+
+  void gather_text() {
+    std::vector<RowScore> rows = search_symbols(*connection_, words_);
+    std::erase_if(rows, [&](const RowScore& row) { return !admits(file_of(row.id)); });
+    normalise(rows);
+    text_ = map_of(rows);
+    top_ = best(std::move(rows), TEXT_CANDIDATES);
+    std::unordered_map<std::int64_t, double> shares;
+    for (std::size_t n = 0; n < std::min(PEERS, top_.size()); ++n) {
+      double& share = shares.try_emplace(file_of(top_[n].id), 1).first->second;
+      peers_[file_of(top_[n].id)] += top_[n].score * share;
+      share /= 2;
+    }
+    normalise(peers_);
+  }
+
+  void gather_files() {
+    std::vector<RowScore> rows = search_files(*connection_, words_);
+    std::vector<RowScore> tests;
+    for (const RowScore& row : rows)
+      if (const RankedFile* file = files_.find(row.id); file && file->is_test) tests.push_back(row);
+    std::erase_if(rows, [&](const RowScore& row) { return !admits(row.id); });
+    normalise(rows);
+    file_ = map_of(rows);
+    gather_tested(best(std::move(tests), LENDING_TESTS));
+  }
+
+  void gather_tested(const std::vector<RowScore>& tests) {
+    std::unordered_map<std::string, double> subjects;
+    for (const RowScore& test : tests) {
+      double& score = subjects[subject_of(files_.find(test.id)->path)];
+      score = std::max(score, test.score);
+    }
+    subjects.erase("");
+    if (subjects.empty()) return;
+    for (const auto& [id, file] : files_.files()) {
+      if (file.is_test) continue;
+      if (const auto found = subjects.find(subject_of(file.path)); found != subjects.end())
+        tested_[id] = found->second;
+    }
+    normalise(tested_);
+  }
+
+  void gather_paths() {
+    const auto weights = word_weights(*connection_, words_);
+    double total = 0;
+    for (const auto& word : words_.words) total += weights.at(word);
+    if (total == 0) return;
+    for (const std::int64_t id : search_paths(*connection_, words_)) {
+      if (!admits(id)) continue;
+      std::unordered_set<std::string> held;
+      search_words(files_.find(id)->path, [&](std::string_view word) { held.emplace(word); });
+      double sum = 0;
+      for (const auto& word : words_.words)
+        if (held.contains(word)) sum += weights.at(word);
+      path_[id] = sum / total;
+    }
+  }
+
+  void gather_history() {
+    HistoryScores scores = search_history(*connection_, files_, words_);
+    std::erase_if(scores.files, [&](const auto& entry) { return !admits(entry.first); });
+    std::erase_if(scores.symbols, [&](const auto& entry) { return !admits(file_of(entry.first)); });
+    normalise(scores.files);
+    normalise(scores.symbols);
+    history_ = std::move(scores.files);
+    touched_ = std::move(scores.symbols);
+  }
+
+  void gather_names() {
+    exact_ = search_names(*connection_, names_of(task_));
+    std::erase_if(exact_, [&](const auto& entry) { return !admits(file_of(entry.first)); });
+  }
+
+  void gather_neighbours() {
+    std::vector<RowScore> lenders(top_.begin(),
+                                  top_.begin() + static_cast<std::ptrdiff_t>(std::min(LENDERS, top_.size())));
+    Neighbours neighbours = neighbours_of(*connection_, lenders);
+    for (Scores* scores : {&neighbours.called, &neighbours.callers})
+      std::erase_if(*scores, [&](const auto& entry) { return !admits(file_of(entry.first)); });
+    used_ = std::move(neighbours.called);
+    uses_ = std::move(neighbours.callers);
+  }
+
+  /// Every symbol that a signal of its own found, with its kind.
+  std::vector<ExplainedHit> candidates() const {
+    std::vector<std::int64_t> ids;
+    for (const RowScore& row : top_) ids.push_back(row.id);
+    for (const Scores* scores : {&touched_, &exact_, &used_, &uses_})
+      for (const auto& [id, score] : *scores) ids.push_back(id);
+    std::ranges::sort(ids);
+    ids.erase(std::ranges::unique(ids).begin(), ids.end());
+    SQLite::Statement& query = connection_->prepare(
+        "SELECT s.id, s.kind FROM json_each(?) AS j JOIN symbols AS s ON s.id = j.value");
+    query.bind(1, storage::json_array(ids));
+    std::vector<ExplainedHit> hits;
+    while (query.executeStep())
+      hits.push_back({query.getColumn(0).getInt64(), query.getColumn(1).getString(), {}, 0});
+    query.reset();
+    return hits;
+  }
+
+  Signals signals_of(const ExplainedHit& hit) const {
+    const std::int64_t id = hit.symbol_id;
+    const std::int64_t file = file_of(id);
+    return {.text = value_of(text_, id),
+            .file = value_of(file_, file),
+            .peers = value_of(peers_, file),
+            .history = value_of(history_, file),
+            .touched = value_of(touched_, id),
+            .uses = value_of(uses_, id),
+            .used = value_of(used_, id),
+            .path = value_of(path_, file),
+            .exact = value_of(exact_, id),
+            .tested = value_of(tested_, file),
+            .callable = hit.kind == "function" || hit.kind == "method" ? 1.0 : 0.0,
+            .place = files_.find(file)->place};
+  }
+
+  Connection* connection_;
+  std::string_view task_;
+  SearchWords words_;
+  FileTable files_;
+  bool include_tests_;
+  std::vector<std::string> unasked_;
+  std::vector<RowScore> top_;                      // the symbols with the most text, best first
+  Scores text_, touched_, exact_, used_, uses_;    // by symbol
+  Scores file_, peers_, history_, path_, tested_;  // by file
+};
+
+class RankedHit final : public Hit {
+ public:
+  explicit RankedHit(ExplainedHit hit) : hit_(std::move(hit)), kind_(hit_.kind) {}
+
+  double score() const override { return hit_.score; }
+  std::int64_t symbol_id() const override { return hit_.symbol_id; }
+  Text symbol_kind() const override { return kind_; }
+
+ private:
+  ExplainedHit hit_;
+  Text kind_;
+};
+
+}  // namespace
+
+ExplainedRanking IndexRetriever::explain(std::string_view task, std::int64_t limit,
+                                         bool include_tests) const {
+  if (limit <= 0) return {};
+  Connection& connection = repository_->connection();
+  return connection.guard([&] {
+    Ranking ranking(connection, task, include_tests);
+    ranking.gather();
+    return ranking.rank(static_cast<std::size_t>(limit));
+  });
+}
+
+RetrievalResult IndexRetriever::retrieve(const Text& task, std::int64_t limit, bool include_tests) const {
+  ExplainedRanking ranking = explain(task, limit, include_tests);
+  RetrievalResult result;
+  for (ExplainedHit& hit : ranking.hits) result.hits.push_back(std::make_shared<RankedHit>(std::move(hit)));
+  if (ranking.note) result.note = Text(std::move(*ranking.note));
+  return result;
+}
+
+}  // namespace tarnwick::retrieval

@@ -1,0 +1,53 @@
+// What speaks for a symbol, and how it becomes one number.
+#pragma once
+
+#include <array>
+#include <span>
+#include <string_view>
+
+namespace tarnwick::retrieval {
+
+/// Why a symbol may be what a task is about. Each signal lies between 0 (nothing) and 1 (the most that any
+/// symbol gets for this task, unless it says otherwise).
+struct Signals {
+  double text = 0;      ///< the task's words in the symbol's own text: BM25, names weigh more than bodies
+  double file = 0;      ///< the task's words in the whole file: BM25
+  double peers = 0;     ///< how much text the best symbols of the file have together
+  double history = 0;   ///< past commits with such a subject changed the file
+  double touched = 0;   ///< past commits with such a subject changed the symbol
+  double uses = 0;      ///< it uses a symbol with much text
+  double used = 0;      ///< a symbol with much text uses it
+  double path = 0;      ///< share of the task's words, rare ones counting more, that the path holds
+  double exact = 0;     ///< the task writes its name; 1 for a name that only one symbol bears
+  double tested = 0;    ///< the tests named after its file speak of the task's words
+  double callable = 0;  ///< 1 for functions and methods: where most work is done
+  double place = 1;     ///< factor: below 1 for tests, examples and other code that serves the main code
+};
+
+/// One of them, for those who print or tune them.
+struct SignalInfo {
+  std::string_view name;
+  double Signals::*value;
+  double weight;
+};
+
+/// All signals that are added up, `place` aside. The weights were chosen on the history of public
+/// repositories, to one significant digit: the figures lie on a plateau, where a finer choice only fits the
+/// sample.
+inline constexpr std::array SIGNALS = {
+    SignalInfo{"text", &Signals::text, 1.0},         SignalInfo{"file", &Signals::file, 0.5},
+    SignalInfo{"peers", &Signals::peers, 0.3},       SignalInfo{"history", &Signals::history, 0.5},
+    SignalInfo{"touched", &Signals::touched, 0.5},   SignalInfo{"uses", &Signals::uses, 0.2},
+    SignalInfo{"used", &Signals::used, 0.2},         SignalInfo{"path", &Signals::path, 0.2},
+    SignalInfo{"exact", &Signals::exact, 0.5},       SignalInfo{"tested", &Signals::tested, 0.2},
+    SignalInfo{"callable", &Signals::callable, 0.3},
+};
+
+/// The fused score: the weighted sum times `place`.
+double fold(const Signals& signals);
+
+/// Lets files take turns: the score of a file's symbol behind others of the same file, `behind` in number,
+/// among those of the whole ranking. Otherwise the symbols of one file would flood a pack.
+double spread(double score, std::size_t behind);
+
+}  // namespace tarnwick::retrieval
