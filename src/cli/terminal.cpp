@@ -77,11 +77,12 @@ std::string Paint::operator()(std::string_view style, std::string_view text) con
 
 ProgressLine::ProgressLine() : terminal_(is_terminal(STDERR_FILENO)) {}
 
-ProgressLine::~ProgressLine() {
+void ProgressLine::wipe() {
   if (shown_) std::fputs("\r\x1b[K", stderr);
+  shown_ = false;
 }
 
-void ProgressLine::update(std::size_t done, std::size_t total, std::string_view current) {
+void ProgressLine::update(std::int64_t done, std::int64_t total, std::string_view current) {
   const auto now = std::chrono::steady_clock::now();
   if (!terminal_ || now - last_ < REFRESH) return;
   last_ = now;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <chrono>
-#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -43,11 +43,13 @@ class ProgressLine {
   ProgressLine();
   ProgressLine(const ProgressLine&) = delete;
   ProgressLine& operator=(const ProgressLine&) = delete;
-  ~ProgressLine();
+  ~ProgressLine() { wipe(); }
 
   /// Shows `current` as number `done` of `total`; calls that follow too soon on the last one shown are
   /// dropped.
-  void update(std::size_t done, std::size_t total, std::string_view current);
+  void update(std::int64_t done, std::int64_t total, std::string_view current);
+  /// Makes room for other output.
+  void wipe();
 
  private:
   bool shown_ = false;

@@ -1,0 +1,205 @@
+// tarnwick context: prints the pack of a task.
+#include <spdlog/fmt/fmt.h>
+#include <spdlog/fmt/ranges.h>
+#include <spdlog/spdlog.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <iostream>
+#include <memory>
+
+#include "cli/commands.h"
+#include "cli/explain.h"
+#include "cli/failure.h"
+#include "cli/formats.h"
+#include "cli/indexed_repository.h"
+#include "cli/messages.h"
+#include "cli/terminal.h"
+#include "storage/stored_repository.h"
+#include "tarnwick/workers/context_builder.h"
+#include "text/surrogates.h"
+#include "workers/retrieval/query.h"
+
+namespace tarnwick::cli {
+namespace {
+
+constexpr std::int64_t DEFAULT_BUDGET = 2000;
+constexpr std::size_t NEAR_NAMES = 5;
+
+constexpr const char* HELP =
+    "Examples:\n"
+    "  tarnwick context Retry a request when the connection was reset\n"
+    "  tarnwick context --snippets --budget 4000 \"Fix the race in ConnectionPool.acquire\"\n"
+    "  tarnwick context --component web --no-tests --format markdown \"Cache the session\"\n"
+    "  tarnwick context --seed http.client.Client.send \"What else changes with it?\"\n"
+    "  tarnwick context -- --verbose prints too much\n"
+    "\n"
+    "Names that the task writes (read_file, HttpClient, src/util.py) weigh most: name what you know.\n"
+    "The first call indexes the repository; later calls read only what changed since.\n"
+    "Exit status: 0 a pack was printed, an empty one too; 2 the command line is wrong; 1 anything else.";
+
+struct ContextOptions {
+  RepositoryOptions repository;
+  std::vector<std::string> task;
+  std::int64_t budget = DEFAULT_BUDGET;
+  std::string component;
+  std::vector<std::string> deep, prefer, seeds;
+  std::string format;
+  bool snippets = false, wide = false, all_files = false, no_tests = false, explain = false;
+};
+
+Text given(const std::string& argument) {
+  return text::from_os(argument);
+}
+
+std::vector<std::string> known_kinds() {
+  std::vector<std::string> kinds;
+  for (const auto& [kind, weight] : ContextBuilder::KIND_WEIGHTS) kinds.emplace_back(kind);
+  return kinds;
+}
+
+/// Lines that may help whoever misspelled a name.
+std::vector<std::string> did_you_mean(const std::vector<std::string>& near) {
+  if (near.empty()) return {};
+  return {fmt::format("Near names: {}", fmt::join(near, ", "))};
+}
+
+std::vector<std::string> symbols_near(const Repository& repository, const std::string& fqn) {
+  const std::size_t last = fqn.find_last_of(".:/#");
+  const std::string name = last == std::string::npos ? fqn : fqn.substr(last + 1);
+  std::vector<std::string> near;
+  if (name.empty()) return near;
+  for (const SymbolPtr& symbol : repository.search_symbols("%" + name + "%", NEAR_NAMES, false).symbols) {
+    near.emplace_back(symbol->fqn().view());
+  }
+  return near;
+}
+
+std::vector<SymbolPtr> seeds_of(const Repository& repository, const std::vector<std::string>& fqns) {
+  std::vector<SymbolPtr> seeds;
+  for (const std::string& fqn : fqns) {
+    seeds.push_back(repository.get_symbol_by_fqn(given(fqn)));
+    if (!seeds.back()) throw Failure("Unknown symbol: " + fqn, did_you_mean(symbols_near(repository, fqn)));
+  }
+  return seeds;
+}
+
+TextSet deep_symbols(const Repository& repository, const std::vector<std::string>& fqns) {
+  TextSet known;
+  for (const std::string& fqn : fqns) {
+    if (repository.get_symbol_by_fqn(given(fqn))) {
+      known.insert(given(fqn));
+    } else {
+      spdlog::warn("Unknown symbol: {}", visible(fqn));
+    }
+  }
+  return known;
+}
+
+BuildOptions build_options(const ContextOptions& options, const Location& location,
+                           const Repository& repository) {
+  BuildOptions build;
+  build.token_budget = options.budget;
+  build.component_filter = given(options.component);
+  build.include_snippets = options.snippets || !options.deep.empty();
+  build.repo_root = given(location.root.string());
+  for (const std::string& kind : options.prefer) build.prefer_kinds.push_back(given(kind));
+  build.source_only = !options.all_files;
+  build.wide_match = options.wide;
+  build.deep_fqns = deep_symbols(repository, options.deep);
+  if (!options.seeds.empty()) build.seed_symbols = seeds_of(repository, options.seeds);
+  return build;
+}
+
+void print(ContextPack& pack, std::string format) {
+  if (format.empty()) format = is_terminal(STDOUT_FILENO) ? "text" : "json";
+  if (format == "json") {
+    print_json(pack, std::cout);
+  } else if (format == "markdown") {
+    print_markdown(pack, std::cout);
+  } else {
+    print_text(pack, std::cout, may_colour(STDOUT_FILENO));
+  }
+}
+
+/// The parser's own conversion takes what passes 64 bits for the greatest number.
+std::string refuse_overflow(const std::string& digits) {
+  std::int64_t number = 0;
+  const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  return result.ec == std::errc::result_out_of_range ? "Out of range: " + digits : "";
+}
+
+Text task_of(const ContextOptions& options) {
+  return given(fmt::format("{}", fmt::join(options.task, " ")));
+}
+
+ContextPack build(const ContextOptions& options, const Location& location) {
+  const storage::StoredRepository repository(location.index_file, location.root);
+  const retrieval::QueryTokenizer tokenizer;
+  MessageLogger logger;
+  const ContextBuilder builder(repository, tokenizer, nullptr, !options.no_tests, {.logger = &logger});
+  BuildOptions choices = build_options(options, location, repository);
+  Explanation explanation(std::cerr);
+  if (options.explain) choices.on_weighed = [&](const Weighed& weighed) { explanation.add(weighed); };
+  try {
+    return builder.build_context_pack(task_of(options), choices);
+  } catch (const UnknownComponent& error) {
+    throw Failure(error.message(), did_you_mean(repository.components_near(options.component)));
+  }
+}
+
+void run(const ContextOptions& options) {
+  const Location location = locate(options.repository);
+  update(location, options.repository);
+  over_sound_index(location, options.repository, [&] {
+    ContextPack pack = build(options, location);
+    if (pack.symbols.empty()) require_indexed_files(location);
+    print(pack, options.format);
+  });
+}
+
+}  // namespace
+
+void declare_context(CLI::App& command) {
+  const auto options = std::make_shared<ContextOptions>();
+  command.footer(HELP);
+  add_repository_options(command, options->repository);
+  add_ignored_option(command, options->repository);
+  command.add_option("TASK", options->task, "The task in plain words; words are joined by blanks")
+      ->required();
+  command.add_option("--budget", options->budget, "Tokens that the pack may cost (kept within 5 %)")
+      ->type_name("N")
+      ->check(CLI::Validator(refuse_overflow, ""))
+      ->capture_default_str();
+  command
+      .add_option("--component", options->component,
+                  "Only symbols of this component (package), by name or by path")
+      ->type_name("NAME");
+  command.add_flag("--snippets", options->snippets, "With the code of each symbol");
+  command
+      .add_option("--deep", options->deep, "Show this symbol's code in full; implies --snippets; repeatable")
+      ->type_name("FQN")
+      ->allow_extra_args(false);
+  command.add_option("--prefer", options->prefer, "Weigh up symbols of this kind, such as class; repeatable")
+      ->type_name("KIND")
+      ->allow_extra_args(false)
+      ->check(CLI::IsMember(known_kinds()))
+      ->option_text("KIND ...");
+  command.add_option("--seed", options->seeds, "Begin with this symbol instead of searching; repeatable")
+      ->type_name("FQN")
+      ->allow_extra_args(false);
+  command.add_flag("--wide", options->wide, "Words match inside names too, not only whole names");
+  command.add_flag("--all-files", options->all_files,
+                   "Documentation and data files too, not only source code");
+  command.add_flag("--no-tests", options->no_tests, "List no test files");
+  command
+      .add_option("--format", options->format,
+                  "json, markdown or text; default: text on a terminal, else json")
+      ->type_name("FORMAT")
+      ->check(CLI::IsMember({"json", "markdown", "text"}));
+  command.add_flag("--explain", options->explain,
+                   "Tell on standard error why each symbol is in the pack or not");
+  command.callback([options] { run(*options); });
+}
+
+}  // namespace tarnwick::cli

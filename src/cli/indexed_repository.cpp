@@ -1,0 +1,112 @@
+#include "cli/indexed_repository.h"
+
+#include <spdlog/fmt/fmt.h>
+#include <spdlog/spdlog.h>
+
+#include "cli/failure.h"
+#include "cli/interrupts.h"
+#include "cli/terminal.h"
+#include "storage/errors.h"
+#include "storage/index_file.h"
+#include "storage/index_status.h"
+
+namespace tarnwick::cli {
+namespace fs = std::filesystem;
+namespace {
+
+fs::path directory(const std::string& name) {
+  std::error_code error;
+  const fs::path path = fs::canonical(name, error);
+  if (error) throw Failure(name + ": " + error.message());
+  if (!fs::is_directory(path, error)) throw Failure(name + ": not a directory");
+  return path;
+}
+
+/// The innermost directory around `start` that git keeps (.git is a file in worktrees and submodules);
+/// `start` itself where there is none.
+fs::path repository_around(const fs::path& start) {
+  for (fs::path path = start;; path = path.parent_path()) {
+    std::error_code error;
+    if (fs::exists(path / ".git", error)) return path;
+    if (path == path.parent_path()) return start;
+  }
+}
+
+class ShownProgress final : public indexing::Progress {
+ public:
+  void files_done(std::int64_t done, std::int64_t total, std::string_view path) override {
+    line_.update(done, total, path);
+  }
+  void message(std::string_view text) override {
+    line_.wipe();
+    spdlog::warn("{}", visible(text));
+  }
+
+ private:
+  ProgressLine line_;
+};
+
+}  // namespace
+
+void add_repository_options(CLI::App& command, RepositoryOptions& options) {
+  command
+      .add_option("--repo", options.repo,
+                  "The repository's directory; default: the one around the working directory")
+      ->type_name("DIR");
+  command.add_option("--index", options.index, "The index file; default: one in the cache folder")
+      ->type_name("FILE")
+      ->envname("TARNWICK_INDEX");
+}
+
+void add_ignored_option(CLI::App& command, RepositoryOptions& options) {
+  command.add_flag("--ignored", options.ignored, "Read the files that git ignores too");
+}
+
+Location locate(const RepositoryOptions& options) {
+  Location location;
+  location.root = options.repo.empty() ? repository_around(directory(".")) : directory(options.repo);
+  location.index_file =
+      options.index.empty() ? storage::default_index_file(location.root) : fs::absolute(options.index);
+  return location;
+}
+
+indexing::IndexReport update(const Location& location, const RepositoryOptions& options, bool full) {
+  const InterruptGuard interrupts;
+  ShownProgress progress;
+  const indexing::IndexReport report = indexing::update_index({.root = location.root,
+                                                               .index_file = location.index_file,
+                                                               .include_ignored = options.ignored,
+                                                               .full = full,
+                                                               .stop = interrupts.token()},
+                                                              &progress);
+  if (interrupts.signal() != 0) throw Interrupted(interrupts.signal());
+  return report;
+}
+
+void require_indexed_files(const Location& location) {
+  const auto connection = storage::open_for_reading(location.index_file);
+  const storage::IndexStatus status = storage::index_status(*connection);
+  if (!status.languages.empty()) return;
+  std::vector<std::string> help;
+  for (const auto& [reason, files] : status.skipped)
+    help.push_back(fmt::format("Left out: {} ({})", files, reason));
+  throw Failure(location.root.string() + ": nothing to index", help);
+}
+
+void over_sound_index(const Location& location, const RepositoryOptions& options,
+                      const std::function<void()>& work) {
+  try {
+    work();
+  } catch (const storage::IndexError& error) {
+    if (error.kind() != storage::IndexError::Kind::damaged) throw;
+    {
+      const storage::WriterLock lock(location.index_file, {});
+      const fs::path kept = storage::set_aside(location.index_file);
+      spdlog::warn("{}; kept as {}, indexing anew", error.what(), kept.string());
+    }
+    update(location, options);
+    work();
+  }
+}
+
+}  // namespace tarnwick::cli

@@ -1,0 +1,45 @@
+// The repository that a command is about, and its index.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "indexing/indexer.h"
+
+namespace tarnwick::cli {
+
+/// The options that all commands over one repository share.
+struct RepositoryOptions {
+  std::string repo;   ///< empty: the repository around the working directory
+  std::string index;  ///< empty: in the cache folder
+  bool ignored = false;
+};
+
+/// Adds --repo and --index. --ignored is apart: not every command reads files.
+void add_repository_options(CLI::App& command, RepositoryOptions& options);
+void add_ignored_option(CLI::App& command, RepositoryOptions& options);
+
+/// Where the repository and its index lie.
+struct Location {
+  std::filesystem::path root;
+  std::filesystem::path index_file;
+};
+
+/// Finds them. Throws Failure for a directory that is none.
+Location locate(const RepositoryOptions& options);
+
+/// Indexes what is missing or changed, or with `full` everything, showing how far it is. Throws Interrupted
+/// when a signal asked to stop; the index is usable all the same.
+indexing::IndexReport update(const Location& location, const RepositoryOptions& options, bool full = false);
+
+/// Throws Failure when the index holds no file at all.
+void require_indexed_files(const Location& location);
+
+/// Runs `work` over the index; when that turns out to be damaged, sets it aside, indexes anew and runs `work`
+/// once more.
+void over_sound_index(const Location& location, const RepositoryOptions& options,
+                      const std::function<void()>& work);
+
+}  // namespace tarnwick::cli

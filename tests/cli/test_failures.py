@@ -1,0 +1,180 @@
+"""What the program says and returns when something is wrong."""
+
+import json
+import os
+import signal
+import sqlite3
+import subprocess
+import time
+from pathlib import Path
+
+import pytest
+from conftest import PROGRAM, Shop, names, write_tree
+
+
+@pytest.mark.parametrize(
+    "arguments, culprit",
+    [
+        ((), ""),
+        (("nonsense",), "nonsense"),
+        (("context",), "TASK"),
+        (("context", "--budget", "many", "x"), "many"),
+        (("context", "--budget", "99999999999999999999", "x"), "budget"),
+        (("context", "--format", "xml", "x"), "xml"),
+        (("context", "--prefer", "klass", "x"), "klass"),
+        (("context", "--nope", "x"), "--nope"),
+        (("context", "--repo"), "--repo"),
+        (("index", "extra"), "extra"),
+        (("status", "--full"), "--full"),
+    ],
+)
+def test_wrong_command_lines(indexed_shop, arguments, culprit):
+    done = indexed_shop.run(*arguments)
+    assert (done.returncode, done.stdout) == (2, b"")
+    assert culprit in done.stderr.decode().splitlines()[0]
+
+
+@pytest.mark.parametrize("command", [(), ("context",), ("index",), ("status",)])
+def test_help_teaches(indexed_shop, command):
+    done = indexed_shop.run(*command, "--help")
+    assert done.returncode == 0 and done.stderr == b""
+    assert b"Examples:" in done.stdout
+
+
+@pytest.mark.parametrize(
+    "arguments, line, help_line",
+    [
+        (("--component", "shpo"), "Unknown component: shpo", "shop"),
+        (("--component", "web/src/x"), "Unknown component: web/src/x", None),
+        (("--seed", "shop.Cart"), "Unknown symbol: shop.Cart", "shop.cart.Cart"),
+        (("--repo", "no/where"), "no/where: No such file or directory", None),
+        (("--repo", "pyproject.toml"), "pyproject.toml: not a directory", None),
+        (("--repo", ""), None, None),
+    ],
+)
+def test_names_that_lead_nowhere(indexed_shop, arguments, line, help_line):
+    done = indexed_shop.run("context", *arguments, "Cart")
+    if line is None:
+        assert done.returncode == 0
+        return
+    assert (done.returncode, done.stdout) == (1, b"")
+    said = done.stderr.decode().splitlines()
+    assert said[0] == line
+    assert help_line is None or help_line in said[1]
+
+
+def test_an_unknown_deep_symbol_is_a_warning(indexed_shop):
+    done = indexed_shop.run("context", "--deep", "no.such", "Cart")
+    assert done.returncode == 0 and json.loads(done.stdout)
+    assert b"no.such" in done.stderr
+
+
+def test_nothing_to_index(shop, tmp_path):
+    (tmp_path / "empty").mkdir()
+    done = shop.run("context", "--repo", str(tmp_path / "empty"), "x")
+    assert (done.returncode, done.stdout) == (1, b"")
+    assert str(tmp_path / "empty") in done.stderr.decode().splitlines()[0]
+
+
+def test_a_damaged_index_is_set_aside_and_rebuilt(shop):
+    before = shop.pack("Cart")
+    file = shop.index_file()
+    for damage in (b"no database at all" * 500, file.read_bytes()[:4096] + b"\xff" * 60000):
+        for extra in ("-wal", "-shm"):
+            Path(str(file) + extra).unlink(missing_ok=True)
+        file.write_bytes(damage)
+        done = shop.run("context", "--format", "json", "Cart")
+        assert done.returncode == 0 and json.loads(done.stdout) == before
+        assert str(file) in done.stderr.decode()
+    assert any("damaged" in path.name for path in file.parent.iterdir())
+
+
+def test_an_index_of_a_newer_release_is_left_alone(shop):
+    shop.pack("Cart")
+    file = shop.index_file()
+    with sqlite3.connect(file) as database:
+        (version,) = database.execute("PRAGMA user_version").fetchone()
+        database.execute(f"PRAGMA user_version = {version + 1}")
+    database.close()
+    done = shop.run("context", "Cart")
+    assert (done.returncode, done.stdout) == (1, b"")
+    assert str(file) in done.stderr.decode().splitlines()[0]
+    with sqlite3.connect(file) as database:
+        assert database.execute("PRAGMA user_version").fetchone() == (version + 1,)
+    database.close()
+
+
+def test_a_cache_that_cannot_be_made_or_written(shop, tmp_path):
+    (tmp_path / "file").write_text("")
+    for place in (tmp_path / "file" / "cache", Path("/proc/none")):
+        done = shop.run("context", "Cart", env={"XDG_CACHE_HOME": str(place)})
+        assert (done.returncode, done.stdout) == (1, b"")
+        assert str(place) in done.stderr.decode().splitlines()[0]
+
+
+def test_a_read_only_cache(shop):
+    shop.pack("Cart")
+    (shop.root / "shop/cart.py").write_text("class NewCart: pass\n")
+    folder = shop.index_file().parent
+    for path in [folder, *folder.iterdir()]:
+        path.chmod(path.stat().st_mode & ~0o222)
+    # Root may write anywhere, so become somebody else, who can read everything here.
+    for path in [shop.root, *shop.root.rglob("*")]:
+        path.chmod(path.stat().st_mode | (0o055 if path.is_dir() else 0o044))
+    for path in (shop.root, shop.cache, *shop.root.parents):
+        if path.is_relative_to("/tmp/pytest-of-root") or path == shop.cache:
+            path.chmod(path.stat().st_mode | 0o011)
+    user = {"user": 65534, "group": 65534, "extra_groups": []} if os.getuid() == 0 else {}
+    done = shop.run("context", "Cart", **user)
+    folder.chmod(0o755)
+    assert (done.returncode, done.stdout) == (1, b""), done
+    assert str(folder) in done.stderr.decode().splitlines()[0]
+
+
+def test_a_full_disk(shop, tmp_path):
+    place = tmp_path / "small"
+    place.mkdir()
+    command = f'mount -t tmpfs -o size=100k tmpfs "{place}" && exec "$@"'
+    inside = ["unshare", "--user", "--map-root-user", "--mount", "sh", "-c", command, "sh"]
+    if subprocess.run([*inside, "true"], capture_output=True).returncode != 0:
+        pytest.skip("no small file system can be mounted here")
+    done = subprocess.run(
+        [*inside, PROGRAM, "context", "--index", str(place / "index"), "Cart"],
+        cwd=shop.root, env=shop.env, capture_output=True)
+    assert (done.returncode, done.stdout) == (1, b"")
+    assert str(place) in done.stderr.decode().splitlines()[0]
+    assert "full" in done.stderr.decode().lower() or "space" in done.stderr.decode()
+
+
+def test_output_that_cannot_be_written(indexed_shop):
+    with open("/dev/full", "wb") as full:
+        done = indexed_shop.run("context", "Cart", stdout=full, stderr=subprocess.PIPE)
+    assert done.returncode == 1 and done.stderr
+
+
+def test_calls_at_once_all_succeed(shop):
+    write_tree(shop.root, {f"many/m{i}.py": f"def made_{i}(): return {i}\n" * 20 for i in range(200)})
+    running = [shop.start("context", "--format", "json", "Cart made_7") for _ in range(4)]
+    packs = set()
+    for process in running:
+        out, err = process.communicate(timeout=120)
+        assert process.returncode == 0, err.decode()
+        packs.add(out)
+    assert len(packs) == 1 and b"made_7" in packs.pop()
+
+
+@pytest.mark.parametrize("number, status", [(signal.SIGINT, 130), (signal.SIGTERM, 143)])
+def test_an_interrupt_leaves_a_usable_index(shop, number, status):
+    body = "\n".join(f"def helper_{{0}}_{i}(first, second):\n    return first + second\n" for i in range(200))
+    write_tree(shop.root, {f"many/m{i}.py": body.format(i) for i in range(400)})
+    process = shop.start("context", "helper_3_7")
+    while not (shop.cache / "tarnwick").exists() and process.poll() is None:
+        time.sleep(0.005)
+    time.sleep(0.1)
+    process.send_signal(number)
+    out, err = process.communicate(timeout=60)
+    assert (process.returncode, out) == (status, b""), err.decode()
+    assert "nterrupt" in err.decode()
+    assert names(shop.pack("helper_3_7"))[0].endswith("helper_3_7")
+    fresh = Path(str(shop.cache) + "-fresh")
+    assert shop.pack("helper_3_7") == shop.pack("helper_3_7", env={"XDG_CACHE_HOME": str(fresh)})
