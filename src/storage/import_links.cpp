@@ -34,7 +34,8 @@ Parts relative_parts(std::string_view importer, std::string_view module) {
     const std::size_t dots = std::min(module.find_first_not_of('.'), module.size());
     for (std::size_t up = 1; up < dots && !directory.empty(); ++up) directory.pop_back();
   } else {
-    for (std::size_t at = 0; module.compare(at, 2, "..") == 0 && !directory.empty(); at += 3)
+    for (std::size_t at = 0; at < module.size() && module.compare(at, 2, "..") == 0 && !directory.empty();
+         at += 3)
       directory.pop_back();
   }
   const Parts inner = module_parts(module);
