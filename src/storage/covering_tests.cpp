@@ -122,14 +122,14 @@ void reach_by_use(Connection& connection, const PathsById& sources, Reaches& rea
   std::vector<std::int64_t> ids;
   for (const auto& [id, path] : sources) ids.push_back(id);
   SQLite::Statement& query = connection.prepare(
-      "SELECT s.id FROM json_each(?) AS j JOIN symbols AS s ON s.id BETWEEN j.value << 20 AND j.value << 20 "
-      "| 1048575");
+      "SELECT s.id FROM json_each(?) AS j JOIN symbols AS s ON s.id BETWEEN j.value << 16 AND j.value << 16 "
+      "| 65535");
   query.bind(1, json_array(ids));
   std::vector<std::int64_t> symbols;
   while (query.executeStep()) symbols.push_back(query.getColumn(0).getInt64());
   query.reset();
   for (const ResolvedUse& use : Resolver(connection).uses_of(symbols, Resolver::From::tests)) {
-    double& weight = reaches[use.target >> 20][use.file].symbols[use.target];
+    double& weight = reaches[use.target >> 16][use.file].symbols[use.target];
     weight = std::max(weight, use.weight);
   }
 }

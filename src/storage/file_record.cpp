@@ -1,16 +1,12 @@
 #include "storage/file_record.h"
 
-#include <zstd.h>
-
 #include <algorithm>
 #include <map>
 #include <tuple>
 #include <utility>
 
 #include "storage/docstrings.h"
-#include "storage/errors.h"
 #include "storage/schema.h"
-#include "storage/search_text.h"
 #include "storage/token_cost.h"
 
 namespace tarnwick::storage {
@@ -18,10 +14,6 @@ namespace {
 
 constexpr std::size_t MOST_ROWS = (std::size_t{1} << POSITION_BITS) - 1;
 constexpr std::size_t MAX_QUALIFIER = 100;
-constexpr char FIELD_END = '\x1f';
-constexpr char RECORD_END = '\x1e';
-constexpr int COMPRESSION_LEVEL = 1;
-constexpr std::size_t MAX_UNPACKED = std::size_t{1} << 28;
 
 SymbolRow row_of(indexing::Definition& definition, std::string_view path) {
   SymbolRow row;
@@ -68,15 +60,6 @@ std::vector<UseRow> fold(std::vector<indexing::Use> uses) {
   return rows;
 }
 
-std::string_view take_field(std::string_view& text, char end) {
-  const std::size_t stop = text.find(end);
-  if (stop == std::string_view::npos)
-    throw IndexError(IndexError::Kind::damaged, "the index holds cut words");
-  const std::string_view field = text.substr(0, stop);
-  text.remove_prefix(stop + 1);
-  return field;
-}
-
 }  // namespace
 
 FileRecord make_record(FileInfo info, indexing::FileFacts facts, std::string_view text) {
@@ -94,45 +77,6 @@ FileRecord make_record(FileInfo info, indexing::FileFacts facts, std::string_vie
   info.has_error = facts.has_error;
   record.info = std::move(info);
   return record;
-}
-
-std::string pack(const FileWords& words) {
-  std::string text = words.path + FIELD_END + words.body + FIELD_END;
-  for (const SymbolWords& symbol : words.symbols) {
-    for (const std::string* field :
-         {&symbol.name, &symbol.scope, &symbol.signature, &symbol.docstring, &symbol.body}) {
-      text += *field;
-      text += FIELD_END;
-    }
-    text += RECORD_END;
-  }
-  std::string packed(ZSTD_compressBound(text.size()), '\0');
-  packed.resize(ZSTD_compress(packed.data(), packed.size(), text.data(), text.size(), COMPRESSION_LEVEL));
-  return packed;
-}
-
-FileWords unpack(std::string_view packed) {
-  const unsigned long long size = ZSTD_getFrameContentSize(packed.data(), packed.size());
-  if (size > MAX_UNPACKED) throw IndexError(IndexError::Kind::damaged, "the index holds damaged words");
-  std::string text(size, '\0');
-  if (ZSTD_decompress(text.data(), text.size(), packed.data(), packed.size()) != size) {
-    throw IndexError(IndexError::Kind::damaged, "the index holds damaged words");
-  }
-  std::string_view rest = text;
-  FileWords words;
-  words.path = take_field(rest, FIELD_END);
-  words.body = take_field(rest, FIELD_END);
-  while (!rest.empty()) {
-    std::string_view record = take_field(rest, RECORD_END);
-    SymbolWords symbol;
-    for (std::string* field :
-         {&symbol.name, &symbol.scope, &symbol.signature, &symbol.docstring, &symbol.body}) {
-      *field = take_field(record, FIELD_END);
-    }
-    symbol.path = words.path;
-    words.symbols.push_back(std::move(symbol));
-  }
-  return words;
 }
 
 }  // namespace tarnwick::storage

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "indexing/records.h"
+#include "storage/search_text.h"
 
 namespace tarnwick::storage {
 
@@ -58,17 +59,6 @@ inline constexpr std::string_view USE_TYPES[] = {"use", "call", "import", "type"
 inline constexpr std::int64_t CALL = 1;
 inline constexpr std::int64_t IMPORT = 2;
 
-/// The words of one symbol, blank-separated, a field per column of symbol_search.
-struct SymbolWords {
-  std::string name, scope, signature, docstring, path, body;
-};
-
-/// Likewise for file_search, together with its symbols'.
-struct FileWords {
-  std::string path, body;
-  std::vector<SymbolWords> symbols;
-};
-
 /// Everything that the index stores of one file. Made on any thread, by make_record.
 struct FileRecord {
   FileInfo info;
@@ -82,9 +72,5 @@ struct FileRecord {
 /// Puts together what is stored of a file from its folded `text` and what extraction found in it. Depends on
 /// nothing else.
 FileRecord make_record(FileInfo info, indexing::FileFacts facts, std::string_view text);
-
-/// The words as one compressed text, and back. unpack throws IndexError (damaged) for anything else.
-std::string pack(const FileWords& words);
-FileWords unpack(std::string_view packed);
 
 }  // namespace tarnwick::storage

@@ -120,12 +120,12 @@ std::vector<ImportLink> imports_of(Connection& connection, const std::vector<Lin
   const Candidates candidates(files);
   std::vector<ImportLink> links;
   link_rows(connection,
-            "SELECT i.id >> 20, f.path, i.module, i.name FROM json_each(?) AS k "
-            "JOIN imports AS i ON i.module_key = k.value JOIN files AS f ON f.id = i.id >> 20",
+            "SELECT i.id >> 16, f.path, i.module, i.name FROM json_each(?) AS k "
+            "JOIN imports AS i ON i.module_key = k.value JOIN files AS f ON f.id = i.id >> 16",
             candidates, links);
   link_rows(connection,
-            "SELECT i.id >> 20, f.path, i.module, i.name FROM json_each(?) AS k "
-            "JOIN imports AS i ON i.name = k.value JOIN files AS f ON f.id = i.id >> 20",
+            "SELECT i.id >> 16, f.path, i.module, i.name FROM json_each(?) AS k "
+            "JOIN imports AS i ON i.name = k.value JOIN files AS f ON f.id = i.id >> 16",
             candidates, links);
   std::sort(links.begin(), links.end(), [](const ImportLink& a, const ImportLink& b) {
     return std::tuple(a.importer, a.imported, b.link) < std::tuple(b.importer, b.imported, a.link);

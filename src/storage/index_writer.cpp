@@ -26,7 +26,7 @@ void run(SQLite::Statement& statement) {
   statement.reset();
 }
 
-constexpr const char* ROWS_OF_FILE = " WHERE id BETWEEN ?1 << 20 AND ?1 << 20 | 1048575";
+constexpr const char* ROWS_OF_FILE = " WHERE id BETWEEN ?1 << 16 AND ?1 << 16 | 65535";
 
 FileInfo info_of(SQLite::Statement& row) {
   FileInfo info;
@@ -180,11 +180,12 @@ void IndexWriter::add_imports(std::int64_t file_id, const FileRecord& record) {
 
 void IndexWriter::write_words(std::int64_t file_id, const FileWords& words, bool remove) {
   SQLite::Statement& file = connection_->prepare(
-      remove ? "INSERT INTO file_search (file_search, rowid, path, body) VALUES ('delete', ?, ?, ?)"
-             : "INSERT INTO file_search (rowid, path, body) VALUES (?, ?, ?)");
+      remove ? "INSERT INTO file_search (file_search, rowid, body, path) VALUES ('delete', ?, ?, ?)"
+             : "INSERT INTO file_search (rowid, body, path) VALUES (?, ?, ?)");
   file.bind(1, file_id);
-  file.bindNoCopy(2, words.path);
-  file.bindNoCopy(3, words.body);
+  const std::string path = words.text(words.path);
+  file.bind(2, words.text(words.body));
+  file.bindNoCopy(3, path);
   run(file);
   std::int64_t position = 0;
   for (const SymbolWords& symbol : words.symbols) {
@@ -192,29 +193,31 @@ void IndexWriter::write_words(std::int64_t file_id, const FileWords& words, bool
         remove ? "INSERT INTO symbol_search (symbol_search, rowid, name, scope, signature, docstring, path, "
                  "body) "
                  "VALUES ('delete', ?, ?, ?, ?, ?, ?, ?)"
-               : "INSERT INTO symbol_search (rowid, name, scope, signature, docstring, path, body) "
+               : "INSERT INTO symbol_search (rowid, body, name, scope, signature, docstring, path) "
                  "VALUES (?, ?, ?, ?, ?, ?, ?)");
     row.bind(1, symbol_id(file_id, ++position));
-    row.bindNoCopy(2, symbol.name);
-    row.bindNoCopy(3, symbol.scope);
-    row.bindNoCopy(4, symbol.signature);
-    row.bindNoCopy(5, symbol.docstring);
-    row.bindNoCopy(6, symbol.path);
-    row.bindNoCopy(7, symbol.body);
+    row.bind(2, words.text(symbol.body));
+    row.bind(3, words.text(symbol.name));
+    row.bind(4, words.text(symbol.scope));
+    row.bind(5, words.text(symbol.signature));
+    row.bind(6, words.text(symbol.docstring));
+    row.bindNoCopy(7, path);
     run(row);
   }
 }
 
 std::int64_t IndexWriter::name_id(const std::string& name) {
   if (const auto found = name_ids_.find(name); found != name_ids_.end()) return found->second;
-  SQLite::Statement& query = connection_->prepare("SELECT id FROM names WHERE name = ?");
-  query.bindNoCopy(1, name);
+  SQLite::Statement& query = connection_->prepare("SELECT id FROM names WHERE lower = ? AND name = ?");
+  const std::string lower = text::lowercase(name);
+  query.bindNoCopy(1, lower);
+  query.bindNoCopy(2, name);
   std::int64_t id = 0;
   if (query.executeStep()) id = query.getColumn(0).getInt64();
   query.reset();
   if (id == 0) {
     SQLite::Statement& insert = connection_->prepare("INSERT INTO names (name, lower) VALUES (?, ?)");
-    SQLite::bind(insert, name, text::lowercase(name));
+    SQLite::bind(insert, name, lower);
     run(insert);
     id = connection_->database().getLastInsertRowid();
   }

@@ -80,7 +80,7 @@ class Definitions {
     SQLite::Statement& query = connection.prepare(
         "SELECT s.id, s.name_id, s.fqn, n.name, s.parent_id, f.path, f.language FROM json_each(?) AS j "
         "JOIN symbols AS s ON s.name_id = j.value JOIN names AS n ON n.id = s.name_id "
-        "JOIN files AS f ON f.id = s.id >> 20 ORDER BY s.id");
+        "JOIN files AS f ON f.id = s.id >> 16 ORDER BY s.id");
     query.bind(1, json_array(name_ids));
     while (query.executeStep()) {
       add({.id = query.getColumn(0).getInt64(),
@@ -277,8 +277,8 @@ std::vector<ResolvedUse> Resolver::used_by(const std::vector<std::int64_t>& symb
   SQLite::Statement& query = connection_->prepare(
       "SELECT u.id, u.name_id, u.qualifier, u.type, u.line, u.count, u.enclosing, u.is_test FROM "
       "json_each(?) AS j "
-      "JOIN uses AS u ON u.id BETWEEN (j.value >> 20) << 20 AND (j.value >> 20) << 20 | 1048575 "
-      "AND u.enclosing = (j.value & 1048575)");
+      "JOIN uses AS u ON u.id BETWEEN (j.value >> 16) << 16 AND (j.value >> 16) << 16 | 65535 "
+      "AND u.enclosing = (j.value & 65535)");
   query.bind(1, json_array(symbol_ids));
   return resolve_all(*connection_, read_uses(query));
 }

@@ -2,8 +2,6 @@
 
 #include <xxhash.h>
 
-#include <bit>
-
 namespace tarnwick::storage {
 
 const char* const SCHEMA = R"sql(
@@ -29,7 +27,7 @@ CREATE INDEX files_component ON files (component_id);
 CREATE TABLE components (id INTEGER PRIMARY KEY, name TEXT NOT NULL, path TEXT NOT NULL UNIQUE);
 CREATE INDEX components_name ON components (name);
 
-CREATE TABLE names (id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE, lower TEXT NOT NULL);
+CREATE TABLE names (id INTEGER PRIMARY KEY, name TEXT NOT NULL, lower TEXT NOT NULL);
 CREATE INDEX names_lower ON names (lower);
 
 CREATE TABLE symbols (
@@ -76,9 +74,9 @@ CREATE INDEX imports_name ON imports (name);
 CREATE TABLE words (file_id INTEGER PRIMARY KEY, words BLOB NOT NULL);
 
 CREATE VIRTUAL TABLE symbol_search USING fts5 (
-  name, scope, signature, docstring, path, body, content = '', tokenize = "ascii tokenchars '_$'");
+  body, name, scope, signature, docstring, path, content = '', tokenize = "ascii tokenchars '_$'");
 CREATE VIRTUAL TABLE file_search USING fts5 (
-  path, body, content = '', tokenize = "ascii tokenchars '_$'");
+  body, path, content = '', tokenize = "ascii tokenchars '_$'");
 
 CREATE TABLE commits (id INTEGER PRIMARY KEY, hash TEXT NOT NULL, files INTEGER NOT NULL, touched_read INTEGER NOT NULL);
 CREATE TABLE commit_paths (id INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE);
@@ -89,7 +87,7 @@ CREATE VIRTUAL TABLE commit_search USING fts5 (subject, tokenize = "ascii tokenc
 )sql";
 
 std::int64_t fqn_hash(std::string_view fqn) {
-  return std::bit_cast<std::int64_t>(XXH3_64bits(fqn.data(), fqn.size()));
+  return static_cast<std::int64_t>(XXH3_64bits(fqn.data(), fqn.size()) & 0x7FFFFFFFU);
 }
 
 }  // namespace tarnwick::storage

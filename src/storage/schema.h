@@ -16,11 +16,12 @@
 //                               a row when it is told the row's text again
 //   symbol_search, file_search  FTS5 over the words of retrieval/words.h, rowid = symbol id or file id.
 //   Tables without
-//                               content: they answer rowids and bm25(), no text.
+//                               content: they answer rowids and bm25(), no text. The fullest column comes
+//                               first, for which an entry needs no mark.
 //   commits(id, hash, files, …)  past commits that changed few files; a newer one has a greater id
-//   commit_files(…, names)      the files of a commit and, blank-separated, the names of what it touched there
-//   commit_paths(id, path)      their paths, which need not be in the tree any more
-//   commit_search               FTS5 over the words of commit subjects, rowid = commit id
+//   commit_files(…, names)      the files of a commit and, blank-separated, the names of what it touched
+//   there commit_paths(id, path)      their paths, which need not be in the tree any more commit_search FTS5
+//   over the words of commit subjects, rowid = commit id
 #pragma once
 
 #include <cstdint>
@@ -30,13 +31,14 @@ namespace tarnwick::storage {
 
 /// Counts up with every change of tables, of what is put in them, or of extraction: an older index is
 /// rebuilt.
-inline constexpr int SCHEMA_VERSION = 1;
+inline constexpr int SCHEMA_VERSION = 2;
 
 /// "tarn" in the header of the file; frozen.
 inline constexpr int APPLICATION_ID = 0x7461726E;
 
-/// A file's symbols and uses are numbered within it; both parts of an id are frozen.
-inline constexpr int POSITION_BITS = 20;
+/// A file's symbols and uses are numbered within it, from 1, in the low bits of their ids. Few bits keep the
+/// rows of the search tables small. Queries spell the number out.
+inline constexpr int POSITION_BITS = 16;
 
 constexpr std::int64_t symbol_id(std::int64_t file_id, std::int64_t position) {
   return (file_id << POSITION_BITS) | position;

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <numeric>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "workers/retrieval/words.h"
@@ -11,81 +13,62 @@
 namespace tarnwick::storage {
 namespace {
 
-/// How often a word of a body counts at most. Rankings flatten repetition anyway, and it makes up most of a
-/// text.
-constexpr int MOST_REPEATS = 3;
-
-constexpr std::size_t NO_OWNER = static_cast<std::size_t>(-1);
-
-void append_word(std::string& out, std::string_view word) {
-  if (!out.empty()) out += ' ';
-  out += word;
-}
-
-std::string words_of(std::string_view text) {
-  std::string out;
-  retrieval::search_words(text, [&](std::string_view word) { append_word(out, word); });
-  return out;
-}
-
-/// The bodies of a file's symbols and of the file as a whole, filled in one walk over its text.
-class Bodies {
+/// Collects words under numbers, in the order in which they come; at the end they are put in alphabetical
+/// order.
+class Vocabulary {
  public:
-  explicit Bodies(std::size_t count) : bodies_(count + 1), seen_(count + 1) {}
-
-  void add(std::size_t owner, std::string_view text) {
-    const std::size_t body = owner == NO_OWNER ? bodies_.size() - 1 : owner;
-    retrieval::search_words(text, [&](std::string_view word) {
-      const std::size_t number = number_of(word);
-      count(bodies_[body], seen_[body], number);
-      if (file_counts_[number] < MOST_REPEATS) {
-        ++file_counts_[number];
-        append_word(file_, word);
-      }
-    });
+  void append(std::string_view text, WordBag& words) {
+    retrieval::search_words(text, [&](std::string_view word) { words.push_back(number_of(word)); });
   }
 
-  std::string take(std::size_t owner) { return std::move(bodies_[owner]); }
-  std::string take_file() { return std::move(file_); }
+  WordBag words_of(std::string_view text) {
+    WordBag words;
+    append(text, words);
+    return words;
+  }
+
+  /// The words in order; `places` becomes the position of each number among them.
+  std::vector<std::string> sorted(std::vector<std::uint32_t>& places) const {
+    std::vector<std::uint32_t> order(words_.size());
+    std::iota(order.begin(), order.end(), 0U);
+    std::sort(order.begin(), order.end(), [&](auto a, auto b) { return *words_[a] < *words_[b]; });
+    places.assign(order.size(), 0);
+    std::vector<std::string> result(order.size());
+    for (std::uint32_t place = 0; place < order.size(); ++place) {
+      places[order[place]] = place;
+      result[place] = *words_[order[place]];
+    }
+    return result;
+  }
 
  private:
-  using Counts = std::unordered_map<std::size_t, int>;
-
-  std::size_t number_of(std::string_view word) {
-    const auto [entry, is_new] = numbers_.try_emplace(std::string(word), words_.size());
-    if (is_new) {
-      words_.push_back(&entry->first);
-      file_counts_.push_back(0);
-    }
+  std::uint32_t number_of(std::string_view word) {
+    key_.assign(word);
+    const auto [entry, is_new] = numbers_.try_emplace(key_, static_cast<std::uint32_t>(words_.size()));
+    if (is_new) words_.push_back(&entry->first);
     return entry->second;
   }
 
-  void count(std::string& body, Counts& seen, std::size_t number) {
-    if (seen[number]++ < MOST_REPEATS) append_word(body, *words_[number]);
-  }
-
-  std::unordered_map<std::string, std::size_t> numbers_;
+  std::string key_;
+  std::unordered_map<std::string, std::uint32_t> numbers_;
   std::vector<const std::string*> words_;
-  std::vector<int> file_counts_;
-  std::vector<std::string> bodies_;
-  std::vector<Counts> seen_;
-  std::string file_;
 };
 
-/// Hands each stretch of the text to the innermost definition that holds it.
-void add_bodies(Bodies& bodies, std::string_view text, const std::vector<indexing::Definition>& definitions) {
-  std::vector<std::size_t> open;
+/// The own words of each definition, and, last, of the text outside of them all.
+std::vector<WordBag> own_words(Vocabulary& vocabulary, std::string_view text,
+                               const std::vector<indexing::Definition>& definitions) {
+  std::vector<WordBag> bodies(definitions.size() + 1);
+  std::vector<std::size_t> open = {definitions.size()};
   std::size_t position = 0;
   const auto advance = [&](std::size_t end) {
     end = std::min(end, text.size());
     if (end <= position) return;
-    bodies.add(open.empty() ? NO_OWNER : open.back(), text.substr(position, end - position));
+    vocabulary.append(text.substr(position, end - position), bodies[open.back()]);
     position = end;
   };
   const auto close_before = [&](std::size_t start) {
-    while (!open.empty() && definitions[open.back()].end_byte <= start) {
+    for (; open.size() > 1 && definitions[open.back()].end_byte <= start; open.pop_back()) {
       advance(definitions[open.back()].end_byte);
-      open.pop_back();
     }
   };
   for (std::size_t i = 0; i < definitions.size(); ++i) {
@@ -93,8 +76,9 @@ void add_bodies(Bodies& bodies, std::string_view text, const std::vector<indexin
     advance(definitions[i].start_byte);
     open.push_back(i);
   }
-  for (; !open.empty(); open.pop_back()) advance(definitions[open.back()].end_byte);
+  for (; open.size() > 1; open.pop_back()) advance(definitions[open.back()].end_byte);
   advance(text.size());
+  return bodies;
 }
 
 /// What qualifies the name: the qualified name without it.
@@ -104,24 +88,61 @@ std::string_view scope_of(const indexing::Definition& definition) {
   return scope;
 }
 
+/// Takes out of `words` one of each of `others`; leaves both sorted.
+void subtract(WordBag& words, WordBag others) {
+  std::sort(words.begin(), words.end());
+  std::sort(others.begin(), others.end());
+  WordBag rest;
+  std::set_difference(words.begin(), words.end(), others.begin(), others.end(), std::back_inserter(rest));
+  words = std::move(rest);
+}
+
+void settle(WordBag& words, const std::vector<std::uint32_t>& places) {
+  for (std::uint32_t& word : words) word = places[word];
+  std::sort(words.begin(), words.end());
+  std::size_t kept = 0;
+  for (const std::uint32_t word : words) {
+    if (kept < MOST_REPEATS || words[kept - MOST_REPEATS] != word) words[kept++] = word;
+  }
+  words.erase(words.begin() + static_cast<std::ptrdiff_t>(kept), words.end());
+}
+
 }  // namespace
 
+std::string FileWords::text(const WordBag& bag) const {
+  std::string out;
+  for (const std::uint32_t word : bag) (out += vocabulary[word]) += ' ';
+  return out;
+}
+
 FileWords search_text(std::string_view path, std::string_view text, const indexing::FileFacts& facts) {
-  Bodies bodies(facts.definitions.size());
-  add_bodies(bodies, text, facts.definitions);
+  Vocabulary vocabulary;
   FileWords words;
-  words.path = words_of(path);
-  words.body = bodies.take_file();
+  words.path = vocabulary.words_of(path);
+  std::vector<WordBag> bodies = own_words(vocabulary, text, facts.definitions);
+  for (const WordBag& body : bodies) words.body.insert(words.body.end(), body.begin(), body.end());
   words.symbols.reserve(facts.definitions.size());
   for (std::size_t i = 0; i < facts.definitions.size(); ++i) {
     const indexing::Definition& definition = facts.definitions[i];
-    words.symbols.push_back({.name = words_of(definition.name),
-                             .scope = words_of(scope_of(definition)),
-                             .signature = words_of(definition.signature),
-                             .docstring = words_of(definition.docstring),
-                             .path = words.path,
-                             .body = bodies.take(i)});
-    if (definition.parent) append_word(words.symbols[*definition.parent].body, words.symbols.back().name);
+    SymbolWords symbol = {.name = vocabulary.words_of(definition.name),
+                          .scope = vocabulary.words_of(scope_of(definition)),
+                          .signature = vocabulary.words_of(definition.signature),
+                          .docstring = vocabulary.words_of(definition.docstring),
+                          .body = std::move(bodies[i])};
+    subtract(symbol.body, symbol.signature.empty() ? symbol.name : symbol.signature);
+    if (definition.parent && *definition.parent < i) {
+      WordBag& outer = words.symbols[*definition.parent].body;
+      outer.insert(outer.end(), symbol.name.begin(), symbol.name.end());
+    }
+    words.symbols.push_back(std::move(symbol));
+  }
+  std::vector<std::uint32_t> places;
+  words.vocabulary = vocabulary.sorted(places);
+  for (WordBag* bag : {&words.path, &words.body}) settle(*bag, places);
+  for (SymbolWords& symbol : words.symbols) {
+    for (WordBag* bag : {&symbol.name, &symbol.scope, &symbol.signature, &symbol.docstring, &symbol.body}) {
+      settle(*bag, places);
+    }
   }
   return words;
 }

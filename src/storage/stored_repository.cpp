@@ -71,7 +71,7 @@ SymbolMatches StoredRepository::search_symbols(const Text& pattern, std::int64_t
   return connection_->guard([&] {
     static const std::string sql = "SELECT " + std::string(SYMBOL_COLUMNS) +
                                    ", count(*) OVER () FROM names AS n JOIN symbols AS s ON s.name_id = n.id "
-                                   "JOIN files AS f ON f.id = s.id >> 20 "
+                                   "JOIN files AS f ON f.id = s.id >> 16 "
                                    "WHERE n.lower GLOB ?1 AND f.is_source >= ?2 "
                                    "ORDER BY n.lower <> ?3, substr(n.lower, 1, length(?3)) <> ?3, "
                                    "length(n.lower), s.is_export DESC, f.path, s.id "
@@ -180,7 +180,7 @@ std::vector<SymbolPtr> StoredRepository::get_symbols_by_file(std::int64_t file_i
   return connection_->guard([&] {
     static const std::string sql = "SELECT " + std::string(SYMBOL_COLUMNS) +
                                    " FROM symbols AS s JOIN names AS n ON n.id = s.name_id "
-                                   "WHERE s.id BETWEEN ?1 << 20 AND ?1 << 20 | 1048575 ORDER BY s.id";
+                                   "WHERE s.id BETWEEN ?1 << 16 AND ?1 << 16 | 65535 ORDER BY s.id";
     SQLite::Statement& query = connection_->prepare(sql);
     query.bind(1, file_id);
     return read_symbols(query);
@@ -204,7 +204,7 @@ std::vector<SymbolPtr> StoredRepository::symbols_by_fqn(const Text& fqn) const {
   return connection_->guard([&] {
     static const std::string sql = "SELECT " + std::string(SYMBOL_COLUMNS) +
                                    " FROM symbols AS s JOIN names AS n ON n.id = s.name_id "
-                                   "JOIN files AS f ON f.id = s.id >> 20 WHERE s.fqn_hash = ? AND s.fqn = ? "
+                                   "JOIN files AS f ON f.id = s.id >> 16 WHERE s.fqn_hash = ? AND s.fqn = ? "
                                    "ORDER BY f.is_test, s.is_export DESC, f.path, s.id";
     SQLite::Statement& query = connection_->prepare(sql);
     query.bind(1, fqn_hash(fqn));

@@ -12,17 +12,17 @@ constexpr const char* QUERIES[] = {
     "(SELECT path FROM components AS c WHERE c.id = component_id) FROM files",
     "SELECT 'component', id, name, path FROM components",
     "SELECT 'name', name, lower FROM names",
-    "SELECT 'symbol', f.path, s.id & 1048575, n.name, fqn, fqn_hash, kind, is_export, start_line, end_line, "
+    "SELECT 'symbol', f.path, s.id & 65535, n.name, fqn, fqn_hash, kind, is_export, start_line, end_line, "
     "signature, "
-    "docstring, docstring_truncated, token_count, parent_id & 1048575 "
-    "FROM symbols AS s JOIN files AS f ON f.id = s.id >> 20 JOIN names AS n ON n.id = s.name_id",
-    "SELECT 'use', f.path, u.id & 1048575, n.name, qualifier, type, line, count, enclosing, u.is_test "
-    "FROM uses AS u JOIN files AS f ON f.id = u.id >> 20 JOIN names AS n ON n.id = u.name_id",
-    "SELECT 'import', f.path, i.id & 1048575, module, name, alias, module_key, line "
-    "FROM imports AS i JOIN files AS f ON f.id = i.id >> 20",
+    "docstring, docstring_truncated, token_count, parent_id & 65535 "
+    "FROM symbols AS s JOIN files AS f ON f.id = s.id >> 16 JOIN names AS n ON n.id = s.name_id",
+    "SELECT 'use', f.path, u.id & 65535, n.name, qualifier, type, line, count, enclosing, u.is_test "
+    "FROM uses AS u JOIN files AS f ON f.id = u.id >> 16 JOIN names AS n ON n.id = u.name_id",
+    "SELECT 'import', f.path, i.id & 65535, module, name, alias, module_key, line "
+    "FROM imports AS i JOIN files AS f ON f.id = i.id >> 16",
     "SELECT 'words', f.path, hex(words) FROM words AS w JOIN files AS f ON f.id = w.file_id",
-    "SELECT 'symbol word', term, ifnull(f.path, 'lost'), doc & 1048575, col, offset "
-    "FROM symbol_words AS w LEFT JOIN files AS f ON f.id = doc >> 20",
+    "SELECT 'symbol word', term, ifnull(f.path, 'lost'), doc & 65535, col, offset "
+    "FROM symbol_words AS w LEFT JOIN files AS f ON f.id = doc >> 16",
     "SELECT 'file word', term, ifnull(f.path, 'lost'), col, offset "
     "FROM file_words AS w LEFT JOIN files AS f ON f.id = doc",
     "SELECT 'symbol sizes', hex(block) FROM symbol_search_data WHERE id = 1",

@@ -11,10 +11,10 @@ namespace {
 
 using storage::Connection;
 
-// Columns: name, scope, signature, docstring, path, body.
+// Columns: body, name, scope, signature, docstring, path.
 constexpr const char* SYMBOLS =
-    "SELECT rowid, -bm25(symbol_search, 4, 2, 1, 1, 2, 0.5) FROM symbol_search WHERE symbol_search MATCH ?";
-// Columns: path, body.
+    "SELECT rowid, -bm25(symbol_search, 0.5, 4, 2, 1, 1, 2) FROM symbol_search WHERE symbol_search MATCH ?";
+// Columns: body, path.
 constexpr const char* FILES =
     "SELECT rowid, -bm25(file_search, 1, 1) FROM file_search WHERE file_search MATCH ?";
 constexpr const char* PATHS = "SELECT rowid, 1 FROM file_search WHERE file_search MATCH ?";
