@@ -12,18 +12,19 @@ namespace tarnwick::indexing {
 /// A symbol that a file defines. Lines count from 1, both ends inclusive, in the file's folded text
 /// (text/lines.h); byte offsets are into the same text, half open.
 struct Definition {
-  std::string name;
-  std::string
-      fqn;  ///< qualified by the enclosing scopes and, where the language has one, the module or package
-  std::string kind;  ///< one of the fourteen kinds that scoring knows, where it fits
+  std::string name = {};
+  /// Qualified by the enclosing scopes and, where the language has one, the module or package.
+  std::string fqn = {};
+  std::string kind = {};  ///< one of the fourteen kinds that scoring knows, where it fits
   bool is_export = false;
+  bool is_declaration = false;  ///< declared only, as in a header; the body is elsewhere
   std::int64_t start_line = 1;
   std::int64_t end_line = 1;
   std::size_t start_byte = 0;
   std::size_t end_byte = 0;
-  std::string signature;              ///< the declaration up to its body, white space folded
-  std::string docstring;              ///< whole, markers stripped; empty when there is none
-  std::optional<std::size_t> parent;  ///< position in FileFacts::definitions of the enclosing definition
+  std::string signature = {};              ///< the declaration up to its body, white space folded
+  std::string docstring = {};              ///< whole, markers stripped; empty when there is none
+  std::optional<std::size_t> parent = {};  ///< position in FileFacts::definitions of the enclosing definition
 };
 
 /// A place that uses a name.
@@ -46,10 +47,12 @@ struct Import {
 
 /// Everything that one file says.
 struct FileFacts {
-  std::vector<Definition> definitions;  ///< in order of start_byte; an enclosing one before what it encloses
-  std::vector<Use> uses;                ///< in order of line
-  std::vector<Import> imports;
-  bool has_error = false;  ///< the parser met a syntax error; everything else is still there
+  std::vector<Definition> definitions =
+      {};                      ///< in order of start_byte; an enclosing one before what it encloses
+  std::vector<Use> uses = {};  ///< in order of line
+  std::vector<Import> imports = {};
+  bool has_error = false;    ///< the parser met a syntax error; everything else is still there
+  bool is_fallback = false;  ///< parsing took too long: names and lines by plain patterns, no uses
 };
 
 }  // namespace tarnwick::indexing

@@ -1,0 +1,394 @@
+#include "indexing/assembly.h"
+
+#include <algorithm>
+#include <cctype>
+#include <string>
+#include <unordered_set>
+
+#include "indexing/documentation.h"
+#include "indexing/signature.h"
+
+namespace tarnwick::indexing {
+
+namespace {
+
+constexpr std::size_t MAX_SIGNATURE_BYTES = 240;
+constexpr std::size_t MAX_DATA_SIGNATURE_BYTES = 120;  // the value of a constant says less than parameters do
+constexpr std::size_t MAX_PREFIX_BYTES = 512;          // scopes nested deeper add nothing: names stay bounded
+constexpr std::size_t MAX_QUALIFIER_BYTES = 64;
+
+enum class Container { FILE, TYPE, FUNCTION, OTHER };
+
+bool is_data(std::string_view kind) {
+  return kind == "variable" || kind == "constant" || kind == "field" || kind == "property";
+}
+
+Container container_of(std::string_view kind) {
+  for (const std::string_view type : {"class", "interface", "struct", "trait", "enum", "type"})
+    if (kind == type) return Container::TYPE;
+  return kind == "function" || kind == "method" || kind == "local" ? Container::FUNCTION : Container::OTHER;
+}
+
+bool is_upper_case(std::string_view name) {
+  return std::ranges::any_of(name, [](unsigned char c) { return std::isupper(c); }) &&
+         std::ranges::none_of(name, [](unsigned char c) { return std::islower(c); });
+}
+
+/// `Foo<T>::bar` as `Foo::bar`: arguments of generics and white space left out, whatever parts it by
+/// `separator`.
+std::string plain_scope(std::string_view written, std::string_view separator) {
+  std::string result;
+  int depth = 0;
+  for (std::size_t i = 0; i < written.size() && result.size() < MAX_PREFIX_BYTES; ++i) {
+    const char c = written[i];
+    if (c == '<' || c == '[' || c == '(') ++depth;
+    if (depth == 0 && (c == '.' || c == ':' || c == '\\')) {
+      if (!result.empty() && !result.ends_with(separator)) result += separator;
+    } else if (depth == 0 && !std::isspace(static_cast<unsigned char>(c)) && c != '*' && c != '&') {
+      result += c;
+    }
+    if (c == '>' || c == ']' || c == ')') depth = std::max(0, depth - 1);
+  }
+  if (result.ends_with(separator)) result.resize(result.size() - separator.size());
+  return result;
+}
+
+/// Where the last part of a name written with its scopes begins: behind the last separator outside brackets.
+std::size_t last_part_of_scoped(std::string_view name, std::string_view separator) {
+  std::size_t result = 0;
+  int depth = 0;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    if (name.substr(result).starts_with("operator")) break;
+    if (name[i] == '<' || name[i] == '(') ++depth;
+    if (name[i] == '>' || name[i] == ')') --depth;
+    if (depth == 0 && name.substr(i).starts_with(separator)) result = i + separator.size();
+  }
+  return result;
+}
+
+/// What stands before a used name; something long or of several lines says nothing that could be looked up.
+std::string_view plain_qualifier(std::string_view written) {
+  const bool fits = written.size() <= MAX_QUALIFIER_BYTES && written.find('\n') == std::string_view::npos;
+  return fits ? written : std::string_view();
+}
+
+std::string_view last_part(std::string_view name) {
+  const auto end = name.find_last_of("./:\\");
+  return end == std::string_view::npos || end + 1 == name.size() ? name : name.substr(end + 1);
+}
+
+class Lines {
+ public:
+  explicit Lines(std::string_view text) {
+    starts_.push_back(0);
+    for (auto at = text.find('\n'); at != std::string_view::npos; at = text.find('\n', at + 1))
+      starts_.push_back(at + 1);
+  }
+  std::int64_t line_of(std::size_t at) const {
+    return std::ranges::upper_bound(starts_, at) - starts_.begin();
+  }
+
+ private:
+  std::vector<std::size_t> starts_;
+};
+
+class Assembler {
+ public:
+  Assembler(RawFacts raw, const Language& language, std::string_view text, std::string_view path)
+      : raw_(std::move(raw)),
+        language_(language),
+        text_(text),
+        attachments_(std::move(raw_.attachments), text),
+        lines_(text),
+        in_header_(path.substr(path.rfind('.') + 1).starts_with('h') || path.ends_with(".inl")),
+        exported_names_(raw_.exported_names.begin(), raw_.exported_names.end()) {
+    auto prefix =
+        raw_.package.empty() ? module_of(language, path) : plain_scope(raw_.package, language.separator);
+    stack_.push_back({.range = {0, std::string_view::npos}, .prefix = std::move(prefix)});
+  }
+
+  FileFacts run() {
+    merge_definitions();
+    wrap_definitions();
+    merge_uses();
+    for (const auto& event : events()) {
+      while (stack_.back().range.end <= event.range.start) stack_.pop_back();
+      handle(event);
+    }
+    std::ranges::stable_sort(facts_.uses, {}, &Use::line);
+    return std::move(facts_);
+  }
+
+ private:
+  /// What encloses the place that the sweep has come to.
+  struct Frame {
+    Range range;
+    std::string prefix = {};
+    Container container = Container::FILE;
+    std::optional<std::size_t> definition = {};  // the innermost symbol, of this or an outer frame
+    bool visible = true;
+    std::optional<bool> access = {};
+    bool is_definition = false;
+    bool in_function = false;  // this or an outer frame is one
+  };
+
+  struct Event {
+    enum class Type { DEFINITION, SCOPE, ACCESS, DOCSTRING, IMPORT, USE };
+    Range range;
+    Type type = Type::USE;
+    std::size_t index = 0;
+  };
+
+  /// Two patterns may find the same name: the earlier one tells the kind, marks add up.
+  void merge_definitions() {
+    auto& all = raw_.definitions;
+    if (!in_header_) std::erase_if(all, [](const auto& each) { return each.options.only_in_header; });
+    for (auto& each : all) split_name(each);
+    std::ranges::stable_sort(all, {},
+                             [](const auto& each) { return std::pair(each.name.start, each.pattern); });
+    std::vector<RawDefinition> merged;
+    for (const auto& each : all) {
+      names_.push_back(each.name.start);
+      if (merged.empty() || merged.back().name.start != each.name.start) {
+        merged.push_back(each);
+        continue;
+      }
+      auto& first = merged.back();
+      first.exported = first.exported || each.exported;
+      first.hidden = first.hidden || each.hidden;
+      if (first.qualifier.empty()) first.qualifier = each.qualifier;
+      if (!first.body && first.range == each.range) first.body = each.body;
+    }
+    all = std::move(merged);
+  }
+
+  /// `void Foo::bar()` names the scope that it belongs to.
+  void split_name(RawDefinition& definition) const {
+    const auto name = view(definition.name);
+    const auto last = last_part_of_scoped(name, language_.separator);
+    const auto parameters = name.substr(last).find('(');
+    if (name.substr(last).starts_with("operator ") && parameters != std::string_view::npos)
+      definition.name.end = definition.name.start + last + parameters;  // a conversion is named by its type
+    if (last == 0 || last >= name.size() || name.starts_with('"') || name.starts_with('\'')) return;
+    definition.qualifier = name.substr(0, last);
+    definition.name.start += last;
+  }
+
+  /// Widens each definition by the heads around it and the attributes above it.
+  void wrap_definitions() {
+    const auto key = [](const Wrapper& each) { return std::pair(each.inner.start, each.inner.end); };
+    std::ranges::stable_sort(raw_.wrappers, {}, key);
+    for (auto& definition : raw_.definitions) {
+      for (;;) {
+        const auto inner = std::pair(definition.range.start, definition.range.end);
+        const auto found = std::ranges::lower_bound(raw_.wrappers, inner, {}, key);
+        if (found == raw_.wrappers.end() || key(*found) != inner || found->outer == found->inner) break;
+        definition.range = found->outer;
+        definition.exported = definition.exported || found->exported;
+      }
+    }
+    std::size_t last_start = std::string_view::npos;
+    for (auto& definition : raw_.definitions) {
+      const auto start = definition.range.start;
+      auto found = attachments_.above(start);
+      definition.range.start = found.start;
+      // Names declared together share a comment; the first carries it.
+      documentation_.push_back(start == last_start ? std::string() : std::move(found.documentation));
+      last_start = start;
+    }
+  }
+
+  /// Two patterns may find the same use; what says more than "a type" holds.
+  void merge_uses() {
+    auto& all = raw_.uses;
+    std::erase_if(all, [&](const auto& each) {
+      const bool parameter = each.type == "type" && each.name.end - each.name.start == 1;  // a generic's `T`
+      return parameter ||
+             std::ranges::binary_search(names_, each.name.start);  // a definition's name is no use of it
+    });
+    std::ranges::stable_sort(
+        all, {}, [](const auto& each) { return std::pair(each.name.start, each.type == "type"); });
+    const auto doubles = std::ranges::unique(all, {}, [](const auto& each) { return each.name.start; });
+    all.erase(doubles.begin(), doubles.end());
+  }
+
+  std::vector<Event> events() const {
+    std::vector<Event> events;
+    const auto add = [&](const auto& items, Event::Type type, auto range_of) {
+      for (std::size_t i = 0; i < items.size(); ++i) events.push_back({range_of(items[i]), type, i});
+    };
+    add(raw_.definitions, Event::Type::DEFINITION, [](const auto& each) { return each.range; });
+    add(raw_.scopes, Event::Type::SCOPE, [](const auto& each) { return each.range; });
+    add(raw_.access_marks, Event::Type::ACCESS, [](const auto& each) { return Range{each.at, each.at}; });
+    add(raw_.docstrings, Event::Type::DOCSTRING, [](const auto& each) { return each; });
+    add(raw_.imports, Event::Type::IMPORT, [](const auto& each) { return each.range; });
+    add(raw_.uses, Event::Type::USE, [](const auto& each) { return each.name; });
+    std::ranges::sort(events, {}, [](const Event& each) {
+      return std::tuple(each.range.start, ~each.range.end, each.type, each.index);
+    });
+    return events;
+  }
+
+  void handle(const Event& event) {
+    switch (event.type) {
+      case Event::Type::DEFINITION:
+        return define(raw_.definitions[event.index], documentation_[event.index]);
+      case Event::Type::SCOPE:
+        return enter(raw_.scopes[event.index]);
+      case Event::Type::ACCESS:
+        if (stack_.back().container != Container::FILE)
+          stack_.back().access = raw_.access_marks[event.index].exported;
+        return;
+      case Event::Type::DOCSTRING:
+        if (stack_.back().is_definition && stack_.back().definition)
+          facts_.definitions[*stack_.back().definition].docstring = literal_text(view(event.range));
+        return;
+      case Event::Type::IMPORT:
+        return import(raw_.imports[event.index]);
+      case Event::Type::USE:
+        return use(raw_.uses[event.index]);
+    }
+  }
+
+  void define(const RawDefinition& raw, std::string& documentation) {
+    // Names declared together have the same range: they stand side by side, not in each other.
+    if (stack_.back().is_definition && stack_.back().range == raw.range) stack_.pop_back();
+    const bool data = is_data(raw.kind);
+    if (data && stack_.back().container == Container::FUNCTION) return;
+    if (raw.options.only_at_top && inside_function()) return;
+    if (raw.kind == "none") return;  // found first, so that no later pattern takes it for a definition
+    Definition definition{.name = std::string(view(raw.name)), .kind = kind_of(raw)};
+    definition.fqn = qualified(plain_scope(raw.qualifier, language_.separator), definition.name);
+    if (data && !data_names_.insert(definition.fqn).second) return;  // assigned again
+    definition.is_export = is_exported(raw, definition.name);
+    if (documentation.empty() && data) documentation = attachments_.behind(raw.range.end);
+    const bool kept = !raw.options.only_documented || !documentation.empty();
+    push({.range = raw.range,
+          .prefix = definition.fqn,
+          .container = container_of(definition.kind),
+          .definition = stack_.back().definition,
+          .visible = definition.is_export || data,
+          .is_definition = kept});
+    if (!kept) return;
+    fill(raw, definition);
+    definition.docstring = std::move(documentation);
+    definition.parent = stack_.back().definition;
+    stack_.back().definition = facts_.definitions.size();
+    facts_.definitions.push_back(std::move(definition));
+  }
+
+  void fill(const RawDefinition& raw, Definition& definition) const {
+    auto end = raw.range.end;
+    while (end > raw.name.end && std::isspace(static_cast<unsigned char>(text_[end - 1]))) --end;
+    definition.start_line = lines_.line_of(raw.range.start);
+    definition.end_line = lines_.line_of(end - 1);
+    definition.start_byte = raw.range.start;
+    definition.end_byte = end;
+    definition.is_declaration = raw.options.declaration;
+    const Range head{raw.range.start, raw.body.value_or(end)};
+    definition.signature = signature_of(text_, head, attachments_.within(head),
+                                        is_data(raw.kind) ? MAX_DATA_SIGNATURE_BYTES : MAX_SIGNATURE_BYTES);
+  }
+
+  void enter(const RawScope& scope) {
+    const auto& outer = stack_.back();
+    const auto name = plain_scope(scope.name, language_.separator);
+    push({.range = scope.range,
+          .prefix = name.empty() ? outer.prefix : qualified({}, name),
+          .container = container_of(scope.kind),
+          .definition = outer.definition,
+          .visible = outer.visible && scope.kind != "hidden",
+          .access = {},
+          .is_definition = false});
+  }
+
+  void push(Frame frame) {
+    if (frame.prefix.size() > MAX_PREFIX_BYTES) frame.prefix = stack_.back().prefix;
+    frame.in_function = stack_.back().in_function || frame.container == Container::FUNCTION;
+    stack_.push_back(std::move(frame));
+  }
+
+  void use(const RawUse& raw) {
+    facts_.uses.push_back({.name = std::string(view(raw.name)),
+                           .qualifier = std::string(plain_qualifier(raw.qualifier)),
+                           .usage_type = std::string(raw.type),
+                           .line = lines_.line_of(raw.name.start),
+                           .enclosing = stack_.back().definition});
+  }
+
+  void import(const RawImport& raw) {
+    const auto line = lines_.line_of(raw.range.start);
+    facts_.imports.push_back({std::string(raw.module), std::string(raw.name), std::string(raw.alias), line});
+    const auto name = last_part(raw.name.empty() || raw.name == "*" ? raw.module : raw.name);
+    if (name.empty()) return;
+    facts_.uses.push_back(
+        {std::string(name), std::string(raw.module), "import", line, stack_.back().definition});
+  }
+
+  std::string kind_of(const RawDefinition& raw) const {
+    const auto container = stack_.back().container;
+    const auto name = view(raw.name);
+    if (raw.kind == "function" && container == Container::TYPE) return "method";
+    if (raw.kind == "variable" && language_.upper_case_constants && is_upper_case(name)) return "constant";
+    if (raw.kind == "variable" && container == Container::TYPE) return "field";
+    return std::string(raw.kind);
+  }
+
+  std::string qualified(std::string_view qualifier, std::string_view name) const {
+    std::string result = stack_.back().prefix;
+    for (const auto part : {qualifier, name}) {
+      if (part.empty()) continue;
+      if (!result.empty()) result += language_.separator;
+      result += part;
+    }
+    return result;
+  }
+
+  bool is_exported(const RawDefinition& raw, std::string_view name) const {
+    const auto& outer = stack_.back();
+    const auto owner = raw.qualifier.empty() ? name : raw.qualifier;
+    const bool listed = outer.container == Container::FILE && exported_names_.contains(owner);
+    if (listed) return true;
+    if (!outer.visible || outer.container == Container::FUNCTION || raw.hidden) return false;
+    if (raw.exported) return true;
+    if (outer.container == Container::FILE && raw_.exclusive_exports) return false;
+    if (outer.access) return *outer.access;
+    const auto first = static_cast<unsigned char>(name.empty() ? '_' : name.front());
+    switch (language_.exports) {
+      case ExportRule::MARKED:
+        return false;
+      case ExportRule::UNMARKED:
+        return true;
+      case ExportRule::UNDERSCORE:
+        return first != '_' || (name.starts_with("__") && name.ends_with("__"));
+      case ExportRule::UPPERCASE:
+        return std::isupper(first) || first >= 0x80;
+    }
+    return false;
+  }
+
+  bool inside_function() const { return stack_.back().in_function; }
+
+  std::string_view view(Range range) const { return text_.substr(range.start, range.end - range.start); }
+
+  RawFacts raw_;
+  const Language& language_;
+  std::string_view text_;
+  Attachments attachments_;
+  Lines lines_;
+  bool in_header_;
+  std::unordered_set<std::string_view> exported_names_;
+  std::unordered_set<std::string> data_names_;
+  std::vector<std::size_t> names_;          // where the definitions' names start, in order
+  std::vector<std::string> documentation_;  // of the definition at the same place in raw_
+  std::vector<Frame> stack_;
+  FileFacts facts_;
+};
+
+}  // namespace
+
+FileFacts assemble(RawFacts raw, const Language& language, std::string_view text, std::string_view path) {
+  return Assembler(std::move(raw), language, text, path).run();
+}
+
+}  // namespace tarnwick::indexing

@@ -1,0 +1,28 @@
+include(${PROJECT_SOURCE_DIR}/cmake/grammars.cmake)
+
+# The languages' query files become string literals of the library.
+file(GLOB query_files CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/queries/*.scm)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${query_files})
+set(query_texts "")
+foreach(file ${query_files})
+  cmake_path(GET file STEM name)
+  file(READ ${file} content)
+  string(APPEND query_texts "    {\"${name}\", R\"scm(${content})scm\"},\n")
+endforeach()
+configure_file(query_texts.cpp.in query_texts.cpp @ONLY)
+
+add_library(
+  tarnwick_extraction STATIC
+  assembly.cpp
+  documentation.cpp
+  extraction.cpp
+  fallback.cpp
+  guards.cpp
+  languages.cpp
+  module_path.cpp
+  query.cpp
+  signature.cpp
+  test_paths.cpp
+  ${CMAKE_CURRENT_BINARY_DIR}/query_texts.cpp)
+target_include_directories(tarnwick_extraction PUBLIC ${PROJECT_SOURCE_DIR}/src)
+target_link_libraries(tarnwick_extraction PUBLIC tarnwick_grammars PRIVATE tarnwick_text tarnwick_warnings)

@@ -1,0 +1,15 @@
+// A plain reader for files that a grammar cannot take in time.
+#pragma once
+
+#include <string_view>
+
+#include "indexing/languages.h"
+#include "indexing/records.h"
+
+namespace tarnwick::indexing {
+
+/// Names that follow a word such as `class` or `def` at the beginning of a line. Linear time; each symbol's
+/// lines end where the next one begins.
+FileFacts read_plainly(const Language& language, std::string_view text, std::string_view path);
+
+}  // namespace tarnwick::indexing

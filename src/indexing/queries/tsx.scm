@@ -1,0 +1,2 @@
+(jsx_opening_element name: (identifier) @reference.call)
+(jsx_self_closing_element name: (identifier) @reference.call)
