@@ -6,6 +6,7 @@
 #include "cli/failure.h"
 #include "cli/interrupts.h"
 #include "cli/terminal.h"
+#include "indexing/language_extractor.h"
 #include "storage/errors.h"
 #include "storage/index_file.h"
 #include "storage/index_status.h"
@@ -77,7 +78,8 @@ indexing::IndexReport update(const Location& location, const RepositoryOptions& 
                                                                .index_file = location.index_file,
                                                                .include_ignored = options.ignored,
                                                                .full = full,
-                                                               .stop = interrupts.token()},
+                                                               .stop = interrupts.token(),
+                                                               .extractor = &indexing::language_extractor()},
                                                               &progress);
   if (interrupts.signal() != 0) throw Interrupted(interrupts.signal());
   return report;

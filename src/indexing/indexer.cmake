@@ -1,11 +1,18 @@
-# Walking trees and keeping indexes; apart from extraction, which knows nothing of the store.
+# Walking trees and keeping indexes; extraction, which knows nothing of the store, is a library of its own.
 find_package(PkgConfig REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(Threads REQUIRED)
 pkg_check_modules(XXHASH REQUIRED IMPORTED_TARGET libxxhash)
-add_library(tarnwick_indexer STATIC git_files.cpp indexer.cpp indexer_components.cpp indexer_skips.cpp tree_walk.cpp)
+add_library(
+  tarnwick_indexer STATIC
+  git_files.cpp
+  indexer.cpp
+  indexer_components.cpp
+  indexer_skips.cpp
+  language_extractor.cpp
+  tree_walk.cpp)
 target_include_directories(tarnwick_indexer PUBLIC ${PROJECT_SOURCE_DIR}/src)
 target_link_libraries(
   tarnwick_indexer
-  PUBLIC tarnwick_storage
+  PUBLIC tarnwick_storage tarnwick_extraction
   PRIVATE tarnwick_text tarnwick_warnings nlohmann_json::nlohmann_json PkgConfig::XXHASH Threads::Threads)
