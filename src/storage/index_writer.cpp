@@ -190,8 +190,8 @@ void IndexWriter::write_words(std::int64_t file_id, const FileWords& words, bool
   std::int64_t position = 0;
   for (const SymbolWords& symbol : words.symbols) {
     SQLite::Statement& row = connection_->prepare(
-        remove ? "INSERT INTO symbol_search (symbol_search, rowid, name, scope, signature, docstring, path, "
-                 "body) "
+        remove ? "INSERT INTO symbol_search (symbol_search, rowid, body, name, scope, signature, docstring, "
+                 "path) "
                  "VALUES ('delete', ?, ?, ?, ?, ?, ?, ?)"
                : "INSERT INTO symbol_search (rowid, body, name, scope, signature, docstring, path) "
                  "VALUES (?, ?, ?, ?, ?, ?, ?)");

@@ -1,9 +1,11 @@
 // A language small enough that a test can see what an index of it must hold.
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "indexing/indexer.h"
