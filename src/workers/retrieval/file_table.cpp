@@ -10,7 +10,6 @@ namespace {
 
 using std::string_view_literals::operator""sv;
 
-constexpr double TEST_PLACE = 0.5;
 constexpr double PERIPHERY_PLACE = 0.5;
 
 constexpr auto PERIPHERY = std::to_array(

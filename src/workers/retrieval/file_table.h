@@ -11,6 +11,9 @@
 
 namespace tarnwick::retrieval {
 
+/// The place (Signals::place) of tests.
+inline constexpr double TEST_PLACE = 0.5;
+
 struct RankedFile {
   std::string path;
   bool is_test = false;

@@ -24,10 +24,9 @@ using storage::Connection;
 using storage::file_of;
 using Scores = std::unordered_map<std::int64_t, double>;
 
-/// How many symbols with the most text are candidates, share their files' `peers`, and lend to their
-/// neighbours.
-constexpr std::size_t TEXT_CANDIDATES = 300;
-constexpr std::size_t PEERS = 200;
+/// How many symbols are weighed by all signals.
+constexpr std::size_t CANDIDATES = 500;
+/// How many symbols with the most text lend to their neighbours.
 constexpr std::size_t LENDERS = 50;
 /// How many test files lend to the files that they are named after.
 constexpr std::size_t LENDING_TESTS = 20;
@@ -41,6 +40,12 @@ Scores map_of(const std::vector<RowScore>& rows) {
   Scores scores;
   for (const RowScore& row : rows) scores.emplace(row.id, row.score);
   return scores;
+}
+
+/// Whether a symbol of a source file is a test: some languages keep them in a scope of that name beside the
+/// code.
+bool is_inline_test(std::string_view fqn) {
+  return fqn.find("::tests::") != std::string_view::npos || fqn.find("::test::") != std::string_view::npos;
 }
 
 /// One ranking: gathers each signal in turn, then folds them for every symbol that any of them found.
@@ -64,10 +69,6 @@ class Ranking {
 
   ExplainedRanking rank(std::size_t limit) const {
     std::vector<ExplainedHit> hits = candidates();
-    for (ExplainedHit& hit : hits) {
-      hit.signals = signals_of(hit);
-      hit.score = fold(hit.signals);
-    }
     std::ranges::sort(hits, is_better);
     std::unordered_map<std::int64_t, std::size_t> seen;
     for (ExplainedHit& hit : hits) hit.score = spread(hit.score, seen[file_of(hit.symbol_id)]++);
@@ -108,14 +109,7 @@ class Ranking {
     std::erase_if(rows, [&](const RowScore& row) { return !admits(file_of(row.id)); });
     normalise(rows);
     text_ = map_of(rows);
-    top_ = best(std::move(rows), TEXT_CANDIDATES);
-    std::unordered_map<std::int64_t, double> shares;
-    for (std::size_t n = 0; n < std::min(PEERS, top_.size()); ++n) {
-      double& share = shares.try_emplace(file_of(top_[n].id), 1).first->second;
-      peers_[file_of(top_[n].id)] += top_[n].score * share;
-      share /= 2;
-    }
-    normalise(peers_);
+    lenders_ = best(std::move(rows), LENDERS);
   }
 
   void gather_files() {
@@ -177,39 +171,49 @@ class Ranking {
   }
 
   void gather_neighbours() {
-    std::vector<RowScore> lenders(top_.begin(),
-                                  top_.begin() + static_cast<std::ptrdiff_t>(std::min(LENDERS, top_.size())));
-    Neighbours neighbours = neighbours_of(*connection_, lenders);
+    Neighbours neighbours = neighbours_of(*connection_, lenders_);
     for (Scores* scores : {&neighbours.called, &neighbours.callers})
       std::erase_if(*scores, [&](const auto& entry) { return !admits(file_of(entry.first)); });
     used_ = std::move(neighbours.called);
     uses_ = std::move(neighbours.callers);
   }
 
-  /// Every symbol that a signal of its own found, with its kind.
+  /// The symbols that signals of their own found: the best of them by all but their kinds, which are only
+  /// read of these.
   std::vector<ExplainedHit> candidates() const {
+    std::vector<RowScore> rows;
+    for (const std::int64_t id : found_ids()) rows.push_back({id, fold(signals_of(id))});
     std::vector<std::int64_t> ids;
-    for (const RowScore& row : top_) ids.push_back(row.id);
-    for (const Scores* scores : {&touched_, &exact_, &used_, &uses_})
-      for (const auto& [id, score] : *scores) ids.push_back(id);
-    std::ranges::sort(ids);
-    ids.erase(std::ranges::unique(ids).begin(), ids.end());
+    for (const RowScore& row : best(std::move(rows), CANDIDATES)) ids.push_back(row.id);
     SQLite::Statement& query = connection_->prepare(
-        "SELECT s.id, s.kind FROM json_each(?) AS j JOIN symbols AS s ON s.id = j.value");
+        "SELECT s.id, s.kind, s.fqn FROM json_each(?) AS j JOIN symbols AS s ON s.id = j.value");
     query.bind(1, storage::json_array(ids));
     std::vector<ExplainedHit> hits;
-    while (query.executeStep())
-      hits.push_back({query.getColumn(0).getInt64(), query.getColumn(1).getString(), {}, 0});
+    while (query.executeStep()) {
+      ExplainedHit hit{query.getColumn(0).getInt64(), query.getColumn(1).getString(), {}, 0};
+      hit.signals = signals_of(hit.symbol_id);
+      hit.signals.callable = hit.kind == "function" || hit.kind == "method" ? 1 : 0;
+      if (is_inline_test(query.getColumn(2).getString())) hit.signals.place *= TEST_PLACE;
+      hit.score = fold(hit.signals);
+      hits.push_back(std::move(hit));
+    }
     query.reset();
     return hits;
   }
 
-  Signals signals_of(const ExplainedHit& hit) const {
-    const std::int64_t id = hit.symbol_id;
+  std::vector<std::int64_t> found_ids() const {
+    std::vector<std::int64_t> ids;
+    for (const Scores* scores : {&text_, &touched_, &exact_, &used_, &uses_})
+      for (const auto& [id, score] : *scores) ids.push_back(id);
+    std::ranges::sort(ids);
+    ids.erase(std::ranges::unique(ids).begin(), ids.end());
+    return ids;
+  }
+
+  Signals signals_of(std::int64_t id) const {
     const std::int64_t file = file_of(id);
     return {.text = value_of(text_, id),
             .file = value_of(file_, file),
-            .peers = value_of(peers_, file),
             .history = value_of(history_, file),
             .touched = value_of(touched_, id),
             .uses = value_of(uses_, id),
@@ -217,7 +221,7 @@ class Ranking {
             .path = value_of(path_, file),
             .exact = value_of(exact_, id),
             .tested = value_of(tested_, file),
-            .callable = hit.kind == "function" || hit.kind == "method" ? 1.0 : 0.0,
+            .callable = 0,
             .place = files_.find(file)->place};
   }
 
@@ -227,9 +231,9 @@ class Ranking {
   FileTable files_;
   bool include_tests_;
   std::vector<std::string> unasked_;
-  std::vector<RowScore> top_;                      // the symbols with the most text, best first
-  Scores text_, touched_, exact_, used_, uses_;    // by symbol
-  Scores file_, peers_, history_, path_, tested_;  // by file
+  std::vector<RowScore> lenders_;                // the symbols with the most text, best first
+  Scores text_, touched_, exact_, used_, uses_;  // by symbol
+  Scores file_, history_, path_, tested_;        // by file
 };
 
 class RankedHit final : public Hit {

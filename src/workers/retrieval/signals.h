@@ -12,7 +12,6 @@ namespace tarnwick::retrieval {
 struct Signals {
   double text = 0;      ///< the task's words in the symbol's own text: BM25, names weigh more than bodies
   double file = 0;      ///< the task's words in the whole file: BM25
-  double peers = 0;     ///< how much text the best symbols of the file have together
   double history = 0;   ///< past commits with such a subject changed the file
   double touched = 0;   ///< past commits with such a subject changed the symbol
   double uses = 0;      ///< it uses a symbol with much text
@@ -35,12 +34,11 @@ struct SignalInfo {
 /// repositories, to one significant digit: the figures lie on a plateau, where a finer choice only fits the
 /// sample.
 inline constexpr std::array SIGNALS = {
-    SignalInfo{"text", &Signals::text, 1.0},         SignalInfo{"file", &Signals::file, 0.5},
-    SignalInfo{"peers", &Signals::peers, 0.3},       SignalInfo{"history", &Signals::history, 0.5},
-    SignalInfo{"touched", &Signals::touched, 0.5},   SignalInfo{"uses", &Signals::uses, 0.2},
-    SignalInfo{"used", &Signals::used, 0.2},         SignalInfo{"path", &Signals::path, 0.2},
-    SignalInfo{"exact", &Signals::exact, 0.5},       SignalInfo{"tested", &Signals::tested, 0.2},
-    SignalInfo{"callable", &Signals::callable, 0.3},
+    SignalInfo{"text", &Signals::text, 1.0},       SignalInfo{"file", &Signals::file, 0.5},
+    SignalInfo{"history", &Signals::history, 0.5}, SignalInfo{"touched", &Signals::touched, 0.5},
+    SignalInfo{"uses", &Signals::uses, 0.2},       SignalInfo{"used", &Signals::used, 0.2},
+    SignalInfo{"path", &Signals::path, 0.7},       SignalInfo{"exact", &Signals::exact, 1.0},
+    SignalInfo{"tested", &Signals::tested, 0.2},   SignalInfo{"callable", &Signals::callable, 0.3},
 };
 
 /// The fused score: the weighted sum times `place`.

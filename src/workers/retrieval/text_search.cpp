@@ -13,7 +13,8 @@ using storage::Connection;
 
 // Columns: body, name, scope, signature, docstring, path.
 constexpr const char* SYMBOLS =
-    "SELECT rowid, -bm25(symbol_search, 0.5, 4, 2, 1, 1, 2) FROM symbol_search WHERE symbol_search MATCH ?";
+    "SELECT rowid, -bm25(symbol_search, 1, 3, 0.5, 1, 0.5, 0.5) FROM symbol_search WHERE symbol_search MATCH "
+    "?";
 // Columns: body, path.
 constexpr const char* FILES =
     "SELECT rowid, -bm25(file_search, 1, 1) FROM file_search WHERE file_search MATCH ?";

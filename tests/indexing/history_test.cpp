@@ -1,0 +1,137 @@
+#include "indexing/history_store.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "storage/indexed_tree.h"
+#include "workers/retrieval/index_retriever.h"
+
+namespace tarnwick::indexing {
+namespace {
+
+using tarnwick::testing::IndexedTree;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+/// A tree under version control.
+class HistoryTest : public ::testing::Test {
+ protected:
+  HistoryTest() {
+    git("init -q");
+    write("src/pool.toy", "pub fn acquire\nold()\nend\npub fn release\nold()\nend\n");
+    write("src/other.toy", "pub fn unrelated\nend\n");
+    commit("Start");
+    write("src/pool.toy", "pub fn acquire\nold()\nend\npub fn release\nnew()\nend\n");
+    commit("Stop the leaking sockets");
+  }
+
+  void git(const std::string& arguments) const {
+    const std::string command = "git -C '" + tree.root().string() +
+                                "' -c user.name=A -c user.email=a@b -c commit.gpgsign=false " + arguments +
+                                " >/dev/null 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;  // NOLINT(concurrency-mt-unsafe,cert-env33-c)
+  }
+  void write(const std::string& path, std::string_view content) const { tree.write(path, content); }
+  void commit(const std::string& subject) const {
+    git("add -A");
+    git("commit -q -m '" + subject + "'");
+  }
+  HistoryOptions options() const { return {.root = tree.root(), .index_file = tree.index_file()}; }
+  HistoryReport update() const {
+    tree.update();
+    return update_history(options());
+  }
+  std::vector<std::string> subjects() const {
+    std::vector<std::string> result;
+    storage::Connection connection(tree.index_file(), storage::Connection::Mode::read);
+    SQLite::Statement& query = connection.prepare("SELECT subject FROM commit_search ORDER BY rowid DESC");
+    while (query.executeStep()) result.push_back(query.getColumn(0).getString());
+    return result;
+  }
+  retrieval::Signals signals_of(const std::string& task, const std::string& fqn) const {
+    const storage::StoredRepository repository = tree.open();
+    const std::int64_t id = *repository.get_symbol_by_fqn(fqn)->id();
+    for (const auto& hit : retrieval::IndexRetriever(repository).explain(task, 100, false).hits)
+      if (hit.symbol_id == id) return hit.signals;
+    return {};
+  }
+
+  IndexedTree tree;
+};
+
+TEST_F(HistoryTest, PastCommitsPointAtWhatTheyChanged) {
+  EXPECT_EQ(update().commits, 2);
+  const retrieval::Signals changed = signals_of("sockets leak again", "release");
+  EXPECT_GT(changed.history, 0);
+  EXPECT_GT(changed.touched, 0) << "the heading above the changed line names it";
+  EXPECT_EQ(signals_of("sockets leak again", "unrelated").history, 0);
+}
+
+TEST_F(HistoryTest, ReadsOnlyWhatIsNew) {
+  update();
+  EXPECT_EQ(update().commits, 0);
+  write("src/other.toy", "pub fn unrelated\nmore()\nend\n");
+  commit("Say more");
+  EXPECT_EQ(update().commits, 1);
+  EXPECT_THAT(subjects(), ElementsAre("say mor ", ::testing::HasSubstr("leak"), "start "));
+}
+
+TEST_F(HistoryTest, KeepsTheLastCommitsAlone) {
+  tree.update();
+  HistoryOptions few = options();
+  few.commits = 1;
+  EXPECT_EQ(update_history(few).commits, 1);
+  EXPECT_THAT(subjects(), SizeIs(1));
+  write("src/other.toy", "pub fn unrelated\nmore()\nend\n");
+  commit("Newest");
+  update_history(few);
+  EXPECT_THAT(subjects(), ElementsAre("newest "));
+}
+
+TEST_F(HistoryTest, ARewrittenPastReplacesTheKnownOne) {
+  update();
+  git("commit -q --amend -m 'Other words'");
+  update();
+  EXPECT_THAT(subjects(), ElementsAre("oth word ", "start "));
+}
+
+TEST_F(HistoryTest, PathsAreThoseBelowTheRoot) {
+  tree.update();
+  HistoryOptions below = options();
+  below.root /= "src";
+  const auto head = head_commit(below.root, {});
+  ASSERT_TRUE(head);
+  EXPECT_THAT(read_commits(below.root, *head, "", 1, {})[0].files, ElementsAre("pool.toy"));
+}
+
+TEST_F(HistoryTest, GivesUpInTimeAndGoesOnLater) {
+  tree.update();
+  HistoryOptions hasty = options();
+  hasty.patience.deadline = std::chrono::steady_clock::now();
+  EXPECT_EQ(update_history(hasty).commits, 0);
+  EXPECT_EQ(update_history(options()).commits, 2);
+}
+
+TEST(History, IsNoErrorWhereThereIsNone) {
+  const IndexedTree tree;
+  tree.write("a.toy", "pub fn a\nend\n");
+  tree.update();
+  const HistoryReport report = update_history({.root = tree.root(), .index_file = tree.index_file()});
+  EXPECT_EQ(report.commits, 0);
+  const storage::StoredRepository repository = tree.open();
+  EXPECT_FALSE(retrieval::IndexRetriever(repository).retrieve("a", 25, false).note);
+}
+
+TEST(ReadCommits, SurvivesARepositoryWithoutCommits) {
+  const tarnwick::testing::TempFolder folder;
+  EXPECT_FALSE(head_commit(folder.path(), {}));
+  EXPECT_THAT(read_commits(folder.path(), "HEAD", "", 10, {}), IsEmpty());
+}
+
+}  // namespace
+}  // namespace tarnwick::indexing
