@@ -22,6 +22,7 @@ add_library(
   module_path.cpp
   query.cpp
   signature.cpp
+  source_extractor.cpp
   test_paths.cpp
   ${CMAKE_CURRENT_BINARY_DIR}/query_texts.cpp)
 target_include_directories(tarnwick_extraction PUBLIC ${PROJECT_SOURCE_DIR}/src)

@@ -111,11 +111,6 @@ const Language* find(const Index& index, std::string_view key) {
   return found == index.end() ? nullptr : found->second;
 }
 
-const Language* named(std::string_view name) {
-  const auto* found = std::ranges::find(ROWS, name, &Language::name);
-  return found == ROWS.end() ? nullptr : found;
-}
-
 /// The language that the first line of a script names: `#!/usr/bin/env -S python3 -u` is Python.
 const Language* by_interpreter(std::string_view text) {
   static const Index interpreters = index_by(&Language::interpreters);
@@ -154,6 +149,16 @@ std::span<const Language> languages() {
   return ROWS;
 }
 
+const Language* language_named(std::string_view name) {
+  const auto* found = std::ranges::find(ROWS, name, &Language::name);
+  return found == ROWS.end() ? nullptr : found;
+}
+
+bool needs_text(std::string_view path) {
+  const auto name = path.substr(path.rfind('/') + 1);
+  return name.ends_with(".h") || (name.find('.') == std::string_view::npos && language_of(name) == nullptr);
+}
+
 const Language* language_of(std::string_view path, std::string_view text) {
   static const Index extensions = index_by(&Language::extensions);
   static const Index names = index_by(&Language::file_names);
@@ -163,7 +168,7 @@ const Language* language_of(std::string_view path, std::string_view text) {
   if (dot == std::string_view::npos) return by_interpreter(text);
   const auto* language = find(extensions, name.substr(dot));
   const bool is_shared_header = name.ends_with(".h") && language != nullptr;
-  return is_shared_header && looks_like_cpp(text) ? named("cpp") : language;
+  return is_shared_header && looks_like_cpp(text) ? language_named("cpp") : language;
 }
 
 }  // namespace tarnwick::indexing

@@ -49,6 +49,12 @@ std::span<const Language> languages();
 /// the beginning of its text, if given. Null: none that the index reads.
 const Language* language_of(std::string_view path, std::string_view text = {});
 
+/// Whether the name leaves it open, so that language_of needs the text.
+bool needs_text(std::string_view path);
+
+/// The row of that name; null if there is none.
+const Language* language_named(std::string_view name);
+
 /// Whether a path (with `/`) is that of test code by the conventions of its language.
 bool is_test_path(std::string_view path);
 
