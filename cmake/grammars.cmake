@@ -71,13 +71,25 @@ target_include_directories(tarnwick_grammars SYSTEM PUBLIC ${TREE_SITTER_INCLUDE
 target_link_libraries(tarnwick_grammars PUBLIC ${TREE_SITTER_LIBRARY})
 foreach(
   directory
+  @tree-sitter-grammars/tree-sitter-lua
+  @tree-sitter-grammars/tree-sitter-markdown/tree-sitter-markdown
+  @tree-sitter-grammars/tree-sitter-toml
+  @tree-sitter-grammars/tree-sitter-yaml
+  tree-sitter-bash
   tree-sitter-c
+  tree-sitter-c-sharp
   tree-sitter-cpp
   tree-sitter-go
   tree-sitter-java
   tree-sitter-javascript
+  tree-sitter-json
+  tree-sitter-kotlin
+  tree-sitter-php/php
   tree-sitter-python
+  tree-sitter-ruby
   tree-sitter-rust
+  tree-sitter-scala
+  tree-sitter-swift
   tree-sitter-typescript/tsx
   tree-sitter-typescript/typescript)
   tarnwick_grammar(${directory})

@@ -164,6 +164,9 @@ class Assembler {
 
   /// `void Foo::bar()` names the scope that it belongs to.
   void split_name(RawDefinition& definition) const {
+    if (language_.is_document) return;
+    if (view(definition.name).starts_with(':') && definition.name.end - definition.name.start > 1)
+      ++definition.name.start;  // Ruby names an attribute by a symbol
     const auto name = view(definition.name);
     const auto last = last_part_of_scoped(name, language_.separator);
     const auto parameters = name.substr(last).find('(');

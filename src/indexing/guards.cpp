@@ -70,8 +70,12 @@ bool is_parsable(std::string_view text) {
 
 bool is_walkable(const TSTree& tree, std::chrono::steady_clock::time_point deadline) {
   constexpr std::size_t NODES_PER_LOOK = 1024;
+  constexpr std::uint32_t HARMLESS_BYTES = 64 << 10;
+  constexpr std::uint32_t HARMLESS_ERROR_BYTES = 16 << 10;
   const TSNode root = ts_tree_root_node(&tree);
   const bool has_error = ts_node_has_error(root);
+  // A node takes a byte or more: even the worst tree of a short text costs little.
+  if (ts_node_end_byte(root) < (has_error ? HARMLESS_ERROR_BYTES : HARMLESS_BYTES)) return true;
   TSTreeCursor cursor = ts_tree_cursor_new(root);
   int depth = 0;
   bool walkable = true;

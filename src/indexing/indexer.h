@@ -40,7 +40,7 @@ struct IndexOptions {
   bool full = false;                      ///< read every file anew
   unsigned threads = 0;                   ///< that read files; 0: one for each core
   std::stop_token stop = {};              ///< requested: stop soon and leave a usable index
-  const Extractor* extractor = nullptr;  ///< reads the files; required
+  const Extractor* extractor = nullptr;   ///< reads the files; required
 };
 
 /// Hears how an update goes on, on the thread that asked for it.
@@ -62,7 +62,7 @@ struct IndexReport {
   bool first = false;        ///< there was no complete index before
   bool interrupted = false;  ///< stopped before the end: a first indexing goes on there the next time, a
                              ///< later update left the older state
-  std::int64_t files = 0;  ///< in the tree, those left out included
+  std::int64_t files = 0;    ///< in the tree, those left out included
   std::int64_t added = 0;
   std::int64_t changed = 0;
   std::int64_t removed = 0;

@@ -7,15 +7,27 @@
 #include "indexing/words.h"
 
 extern "C" {
+const TSLanguage* tree_sitter_bash();
 const TSLanguage* tree_sitter_c();
+const TSLanguage* tree_sitter_c_sharp();
 const TSLanguage* tree_sitter_cpp();
 const TSLanguage* tree_sitter_go();
 const TSLanguage* tree_sitter_java();
 const TSLanguage* tree_sitter_javascript();
+const TSLanguage* tree_sitter_json();
+const TSLanguage* tree_sitter_kotlin();
+const TSLanguage* tree_sitter_lua();
+const TSLanguage* tree_sitter_markdown();
+const TSLanguage* tree_sitter_php();
 const TSLanguage* tree_sitter_python();
+const TSLanguage* tree_sitter_ruby();
 const TSLanguage* tree_sitter_rust();
+const TSLanguage* tree_sitter_scala();
+const TSLanguage* tree_sitter_swift();
+const TSLanguage* tree_sitter_toml();
 const TSLanguage* tree_sitter_tsx();
 const TSLanguage* tree_sitter_typescript();
+const TSLanguage* tree_sitter_yaml();
 }
 
 namespace tarnwick::indexing {
@@ -95,6 +107,91 @@ constexpr auto ROWS = std::to_array<Language>({
      .test_files =
          "*_test.cc *_test.cpp *_test.cxx *_tests.cc *_tests.cpp *_unittest.cc *_unittest.cpp *Test.cpp "
          "*Tests.cpp *Test.cc test_*.cc test_*.cpp *-test.cc *-test.cpp *_test.h *_unittest.h"},
+    {.name = "csharp",
+     .grammar = tree_sitter_c_sharp,
+     .queries = "csharp",
+     .extensions = ".cs .csx",
+     .exports = ExportRule::MARKED,
+     .test_files = "*Test.cs *Tests.cs"},
+    {.name = "ruby",
+     .grammar = tree_sitter_ruby,
+     .queries = "ruby",
+     .extensions = ".rb .rake .gemspec .ru",
+     .file_names = "Rakefile Gemfile Guardfile Vagrantfile Podfile",
+     .interpreters = "ruby jruby",
+     .separator = "::",
+     .test_files = "*_test.rb *_spec.rb test_*.rb",
+     .test_directories = "spec specs features"},
+    {.name = "php",
+     .grammar = tree_sitter_php,
+     .queries = "php",
+     .extensions = ".php .phtml .php5",
+     .interpreters = "php",
+     .separator = "\\",
+     .test_files = "*Test.php *Cest.php"},
+    {.name = "bash",
+     .grammar = tree_sitter_bash,
+     .queries = "bash",
+     .extensions = ".sh .bash .bats .ksh",
+     .interpreters = "sh bash dash ksh",
+     .test_files = "*.bats test_*.sh *_test.sh",
+     .upper_case_constants = true},
+    {.name = "kotlin",
+     .grammar = tree_sitter_kotlin,
+     .queries = "kotlin",
+     .extensions = ".kt .kts",
+     .test_files = "*Test.kt *Tests.kt *Spec.kt"},
+    {.name = "scala",
+     .grammar = tree_sitter_scala,
+     .queries = "scala",
+     .extensions = ".scala .sc .sbt",
+     .test_files = "*Test.scala *Spec.scala *Suite.scala"},
+    {.name = "swift",
+     .grammar = tree_sitter_swift,
+     .queries = "swift",
+     .extensions = ".swift",
+     .interpreters = "swift",
+     .test_files = "*Tests.swift *Test.swift"},
+    {.name = "lua",
+     .grammar = tree_sitter_lua,
+     .queries = "lua",
+     .extensions = ".lua .rockspec",
+     .interpreters = "lua luajit",
+     .module_path = ModulePath::DOTTED,
+     .test_files = "*_spec.lua *_test.lua test_*.lua",
+     .test_directories = "spec specs"},
+    {.name = "json",
+     .grammar = tree_sitter_json,
+     .queries = "json",
+     .extensions = ".json .jsonc .json5",
+     .separator = "/",
+     .exports = ExportRule::MARKED,
+     .module_path = ModulePath::FILE,
+     .is_document = true},
+    {.name = "toml",
+     .grammar = tree_sitter_toml,
+     .queries = "toml",
+     .extensions = ".toml",
+     .separator = "/",
+     .exports = ExportRule::MARKED,
+     .module_path = ModulePath::FILE,
+     .is_document = true},
+    {.name = "yaml",
+     .grammar = tree_sitter_yaml,
+     .queries = "yaml",
+     .extensions = ".yaml .yml",
+     .separator = "/",
+     .exports = ExportRule::MARKED,
+     .module_path = ModulePath::FILE,
+     .is_document = true},
+    {.name = "markdown",
+     .grammar = tree_sitter_markdown,
+     .queries = "markdown",
+     .extensions = ".md .markdown .mdx",
+     .separator = "/",
+     .exports = ExportRule::MARKED,
+     .module_path = ModulePath::FILE,
+     .is_document = true},
 });
 
 using Index = std::unordered_map<std::string_view, const Language*>;

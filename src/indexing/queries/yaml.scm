@@ -1,0 +1,2 @@
+(comment) @comment
+(document (block_node (block_mapping (block_mapping_pair key: (_) @name) @definition.key)))
