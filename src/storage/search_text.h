@@ -21,6 +21,8 @@ using WordBag = std::vector<std::uint32_t>;
 /// The words of one symbol, for the columns of symbol_search.
 struct SymbolWords {
   WordBag name, scope, signature, docstring, body;
+
+  friend bool operator==(const SymbolWords&, const SymbolWords&) = default;
 };
 
 /// The words of a file and of its symbols, for the columns of file_search and symbol_search.

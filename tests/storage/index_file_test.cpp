@@ -1,0 +1,100 @@
+#include "storage/index_file.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+
+#include "storage/errors.h"
+#include "storage/indexed_tree.h"
+#include "storage/schema.h"
+#include "storage/search_text.h"
+
+namespace tarnwick::testing {
+namespace {
+
+using storage::IndexError;
+using ::testing::HasSubstr;
+
+TEST(IndexFile, IsRefusedRebuiltOrLeftAloneByItsSchema) {
+  struct Case {
+    const char* name;
+    std::string change;
+    std::optional<IndexError::Kind> refused;
+    int symbols;  ///< after an update of the tree
+  };
+  for (const Case& changed : std::vector<Case>{
+           {"current", "", std::nullopt, 1},
+           {"older", "DELETE FROM files; PRAGMA user_version = 0", std::nullopt, 1},
+           {"newer", "PRAGMA user_version = 1000", IndexError::Kind::newer, 0},
+           {"foreign", "PRAGMA application_id = 7", IndexError::Kind::foreign, 0},
+       }) {
+    const IndexedTree tree;
+    tree.write("a.toy", "fn one\nend\n");
+    tree.update();
+    storage::Connection(tree.index_file(), storage::Connection::Mode::write).execute(changed.change);
+    try {
+      tree.update();
+      EXPECT_FALSE(changed.refused) << changed.name;
+      EXPECT_EQ(tree.open().search_symbols("one", 9, true).total, changed.symbols) << changed.name;
+    } catch (const IndexError& error) {
+      EXPECT_EQ(changed.refused, error.kind()) << changed.name << ": " << error.what();
+      EXPECT_THAT(error.what(), HasSubstr(tree.index_file().string()));
+    }
+  }
+}
+
+TEST(IndexFile, ThatCannotBeWrittenIsNamed) {
+  const IndexedTree tree;
+  tree.write("file", "x");
+  const auto update = [&](const std::filesystem::path& file) {
+    tree.update([&](indexing::IndexOptions& options) { options.index_file = file; });
+  };
+  for (const std::filesystem::path& file :
+       {tree.root() / "file/index.db", std::filesystem::path("/proc/1/x/index.db")}) {
+    try {
+      update(file);
+      ADD_FAILURE() << file;
+    } catch (const IndexError& error) {
+      EXPECT_EQ(error.kind(), IndexError::Kind::unwritable) << error.what();
+      EXPECT_THAT(error.what(), HasSubstr(file.parent_path().string()));
+    }
+  }
+  try {
+    tree.open();
+    ADD_FAILURE();
+  } catch (const IndexError& error) {
+    EXPECT_EQ(error.kind(), IndexError::Kind::missing);
+  }
+}
+
+TEST(IndexFile, LiesInTheCacheFolderUnderOneNameForEachDirectory) {
+  const TempFolder folder;
+  folder.write("my repo/x", "");
+  const std::filesystem::path root = std::filesystem::path(folder.path()) / "my repo";
+  std::filesystem::create_directory_symlink(root, folder.path() + "/link");
+  const char* before = std::getenv("XDG_CACHE_HOME");
+  const std::optional<std::string> kept =
+      before != nullptr ? std::optional<std::string>(before) : std::nullopt;
+  ::setenv("XDG_CACHE_HOME", "/cache", 1);
+  const std::string file = storage::default_index_file(root);
+  EXPECT_THAT(file, ::testing::MatchesRegex("/cache/tarnwick/my_repo-[0-9a-f]+\\.db"));
+  EXPECT_EQ(storage::default_index_file(folder.path() + "/link/../link"), file);
+  EXPECT_NE(storage::default_index_file(folder.path()), file);
+  kept ? ::setenv("XDG_CACHE_HOME", kept->c_str(), 1) : ::unsetenv("XDG_CACHE_HOME");
+}
+
+TEST(PackedWords, ComeBackAndAreCheckedOnTheWay) {
+  const indexing::FileFacts facts =
+      ToyExtractor().extract("toy", "fn readFile\nopen()\nopen()\nfn close\nend\nend\n", "");
+  const storage::FileWords words =
+      storage::search_text("src/a.toy", "fn readFile\nopen()\nopen()\nfn close\nend\nend\n", facts);
+  EXPECT_EQ(words.text(words.symbols.at(0).body), "clos end open open ");
+  const std::string packed = storage::pack(words);
+  EXPECT_EQ(storage::unpack(packed), words);
+  for (std::size_t size = 0; size < packed.size(); ++size) {
+    EXPECT_THROW(storage::unpack(packed.substr(0, size)), IndexError) << size;
+  }
+}
+
+}  // namespace
+}  // namespace tarnwick::testing
