@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <memory_resource>
 #include <string>
 
 #include "tarnwick/workers/context_builder.h"
@@ -45,7 +46,8 @@ std::vector<SymbolPtr> ContextBuilder::_get_candidate_symbols(const std::vector<
                                                               const OptionalText& component_filter,
                                                               bool source_only, bool wide_match) const {
   std::vector<SymbolPtr> candidates;
-  std::unordered_set<std::int64_t> seen_ids;
+  std::pmr::monotonic_buffer_resource memory;  // hundreds of ids: one block instead of a node each
+  std::pmr::unordered_set<std::int64_t> seen_ids(&memory);
   for (std::size_t i = 0; i < std::min(keywords.size(), SEARCHED_KEYWORDS); ++i) {
     const bool wide = wide_match && text::length(keywords[i]) > 2;
     const Text pattern = wide ? substring_pattern(keywords[i]) : keywords[i];

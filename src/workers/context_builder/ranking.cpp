@@ -12,6 +12,15 @@ namespace {
 /// locale.
 double rounded(double value) {
   if (!std::isfinite(value)) return value;
+  // Far enough from a tie the product's own rounding error cannot matter, and dividing two exact numbers
+  // gives the double nearest to the decimal. That holds for nearly every score and spares writing out its
+  // digits.
+  constexpr double small = 1e6;
+  constexpr double clear_of_tie = 1e-4;
+  const double scaled = value * 1e4;
+  const double whole = std::nearbyint(scaled);
+  if (std::fabs(value) < small && std::fabs(std::fabs(scaled - whole) - 0.5) > clear_of_tie)
+    return whole / 1e4;
   std::array<char, 400> digits{};  // the longest double has 309 digits before the point
   const auto written =
       std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed, 4);

@@ -1,6 +1,7 @@
 // How well a symbol matches a task's keywords.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -20,10 +21,16 @@ class Scorer {
   double relevance(const Symbol& symbol);
 
  private:
-  std::vector<std::string> keywords_;
+  struct Keyword {
+    std::string text;
+    std::uint64_t bytes;  ///< which bytes it is made of, to rule out most names without a search
+  };
+
+  double fqn_match(std::string_view fqn);
+
+  std::vector<Keyword> keywords_;
   const std::vector<Text>* prefer_kinds_;
-  std::string name_;
-  std::string fqn_;
+  std::string lowered_;
 };
 
 /// The value that `table` holds for `kind`, or `missing`.

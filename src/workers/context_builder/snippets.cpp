@@ -32,17 +32,38 @@ class Descriptor {
 class LineEnds {
  public:
   void feed(std::string_view bytes) {
+    if (after_cr_ || bytes.find('\r') != std::string_view::npos) return feed_with_cr(bytes);
+    count_ += std::count(bytes.begin(), bytes.end(), '\n');
+  }
+  std::int64_t count() const { return count_; }
+
+ private:
+  void feed_with_cr(std::string_view bytes) {
     for (const char byte : bytes) {
       if (byte == '\r' || (byte == '\n' && !after_cr_)) ++count_;
       after_cr_ = byte == '\r';
     }
   }
-  std::int64_t count() const { return count_; }
 
- private:
   std::int64_t count_ = 0;
   bool after_cr_ = false;
 };
+
+/// The lines at the head of a text: how many there are, and the bytes they take.
+struct Lines {
+  std::int64_t count = 0;
+  std::size_t bytes = 0;
+};
+
+/// The first `limit` lines of `text`, or all of them when it has fewer.
+Lines first_lines(std::string_view text, std::int64_t limit) {
+  Lines lines;
+  while (lines.count < limit && lines.bytes < text.size()) {
+    lines.bytes = std::min(text.find('\n', lines.bytes), text.size() - 1) + 1;
+    ++lines.count;
+  }
+  return lines;
+}
 
 bool is_regular(const struct stat& status) {
   return S_ISREG(status.st_mode);
@@ -59,7 +80,7 @@ std::optional<std::string> read_lines(const std::string& path, std::int64_t last
   // Between the two calls something else may have taken the name.
   if (file.value() < 0 || ::fstat(file.value(), &status) != 0 || !is_regular(status)) return std::nullopt;
   std::string bytes;
-  std::array<char, 1U << 16U> block{};
+  std::array<char, 1U << 16U> block;  // NOLINT(*-member-init): filling it would cost as much as reading
   LineEnds line_ends;
   while (line_ends.count() < last_line) {
     const ssize_t size = ::read(file.value(), block.data(), block.size());
@@ -83,17 +104,13 @@ ContextBuilder::Snippet ContextBuilder::_extract_snippet(const Text& file_path, 
   const std::optional<std::string> bytes = read_lines(text::to_os(file_path), end_line);
   if (!bytes) return {};
   const std::string content = text::decode_file(*bytes);
-  const std::vector<std::string_view> lines = text::split_lines(content);
 
   const std::int64_t start = std::max<std::int64_t>(0, subtract_saturated(start_line, 1));
-  const std::int64_t end = std::min(static_cast<std::int64_t>(lines.size()), end_line);
-  const std::int64_t count = std::min({subtract_saturated(end, start), max_lines, remaining_lines});
-  if (count <= 0) return {};
-  const auto first = static_cast<std::size_t>(start);
-  const std::string_view last = lines[first + static_cast<std::size_t>(count) - 1];
-  const std::string_view range(lines[first].data(),
-                               static_cast<std::size_t>(last.end() - lines[first].begin()));
-  return {Text(text::trim_end(range)), count};
+  const std::string_view rest = std::string_view(content).substr(first_lines(content, start).bytes);
+  const Lines range =
+      first_lines(rest, std::min({subtract_saturated(end_line, start), max_lines, remaining_lines}));
+  if (range.count == 0) return {};
+  return {Text(text::trim_end(rest.substr(0, range.bytes))), range.count};
 }
 
 }  // namespace tarnwick
