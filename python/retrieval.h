@@ -1,0 +1,51 @@
+// A host's retriever and tokenizer functions as the component's.
+#pragma once
+
+#include "arena.h"
+#include "calls.h"
+#include "tarnwick/workers/retrieval.h"
+
+namespace tarnwick::python {
+
+class HostRetriever final : public HybridRetriever {
+ public:
+  HostRetriever(Arena& arena, py::object object) : arena_(&arena), object_(std::move(object)) {}
+  RetrievalResult retrieve(const Text& task, std::int64_t limit, bool include_tests) const override;
+
+ private:
+  Arena* arena_;
+  py::object object_;
+};
+
+class HostQueryTerms final : public QueryTerms {
+ public:
+  HostQueryTerms(Arena& arena, py::object object) : arena_(&arena), object_(std::move(object)) {}
+  std::vector<Text> values() const override;
+  bool contains(std::string_view word) const override { return python::contains(object_, to_python(word)); }
+  const py::object& object() const { return object_; }
+
+ private:
+  Arena* arena_;
+  py::object object_;
+};
+
+/// The host's tokenizer functions, found anew at each call: what the host has set on this module, else what
+/// `tarnwick.workers.retrieval` has now.
+class HostTokenizer final : public Tokenizer {
+ public:
+  explicit HostTokenizer(Arena& arena) : arena_(&arena) {}
+  std::vector<Text> query_names(const Text& task) const override;
+  std::shared_ptr<const QueryTerms> query_terms(const Text& task) const override;
+  bool is_test_query(const QueryTerms& terms) const override;
+
+ private:
+  Arena* arena_;
+};
+
+/// The attribute `name` of `tarnwick.workers.retrieval`, imported where it is not yet.
+py::object retrieval_attribute(py::handle name);
+
+/// Whether `name` is one of the three functions that this module takes from there.
+bool is_tokenizer_function(py::handle name);
+
+}  // namespace tarnwick::python
