@@ -18,6 +18,7 @@
 #include "storage/stored_repository.h"
 #include "tarnwick/workers/context_builder.h"
 #include "text/surrogates.h"
+#include "workers/retrieval/index_retriever.h"
 #include "workers/retrieval/query.h"
 
 namespace tarnwick::cli {
@@ -25,6 +26,8 @@ namespace {
 
 constexpr std::int64_t DEFAULT_BUDGET = 2000;
 constexpr std::size_t NEAR_NAMES = 5;
+/// What past commits add to a ranking is worth a short wait, once; the rest is read by later calls.
+constexpr std::chrono::milliseconds HISTORY_PATIENCE{300};
 
 constexpr const char* HELP =
     "Examples:\n"
@@ -136,10 +139,13 @@ Text task_of(const ContextOptions& options) {
 ContextPack build(const ContextOptions& options, const Location& location) {
   const storage::StoredRepository repository(location.index_file, location.root);
   const retrieval::QueryTokenizer tokenizer;
+  const retrieval::IndexRetriever retriever(repository);
+  const ExplainedRetriever explained(retriever);
+  const HybridRetriever& asked = options.explain ? static_cast<const HybridRetriever&>(explained) : retriever;
   MessageLogger logger;
-  const ContextBuilder builder(repository, tokenizer, nullptr, !options.no_tests, {.logger = &logger});
+  const ContextBuilder builder(repository, tokenizer, &asked, !options.no_tests, {.logger = &logger});
   BuildOptions choices = build_options(options, location, repository);
-  Explanation explanation(std::cerr);
+  Explanation explanation(explained, std::cerr);
   if (options.explain) choices.on_weighed = [&](const Weighed& weighed) { explanation.add(weighed); };
   try {
     return builder.build_context_pack(task_of(options), choices);
@@ -150,7 +156,7 @@ ContextPack build(const ContextOptions& options, const Location& location) {
 
 void run(const ContextOptions& options) {
   const Location location = locate(options.repository);
-  update(location, options.repository);
+  update(location, options.repository, {.history = HISTORY_PATIENCE});
   over_sound_index(location, options.repository, [&] {
     ContextPack pack = build(options, location);
     if (pack.symbols.empty()) require_indexed_files(location);

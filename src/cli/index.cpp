@@ -35,7 +35,7 @@ std::string summary(const indexing::IndexReport& report, double seconds) {
 void run(const IndexOptions& options) {
   const auto start = std::chrono::steady_clock::now();
   const Location location = locate(options.repository);
-  const indexing::IndexReport report = update(location, options.repository, options.full);
+  const indexing::IndexReport report = update(location, options.repository, {.full = options.full});
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
   over_sound_index(location, options.repository, [&] { require_indexed_files(location); });
   std::cout << summary(report, took.count()) << '\n';

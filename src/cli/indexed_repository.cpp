@@ -6,6 +6,7 @@
 #include "cli/failure.h"
 #include "cli/interrupts.h"
 #include "cli/terminal.h"
+#include "indexing/history_store.h"
 #include "indexing/language_extractor.h"
 #include "storage/errors.h"
 #include "storage/index_file.h"
@@ -47,6 +48,12 @@ class ShownProgress final : public indexing::Progress {
   ProgressLine line_;
 };
 
+indexing::Patience patience(const UpdateLimits& limits, std::stop_token stop) {
+  indexing::Patience patience{.stop = std::move(stop)};
+  if (limits.history) patience.deadline = std::chrono::steady_clock::now() + *limits.history;
+  return patience;
+}
+
 }  // namespace
 
 void add_repository_options(CLI::App& command, RepositoryOptions& options) {
@@ -71,16 +78,22 @@ Location locate(const RepositoryOptions& options) {
   return location;
 }
 
-indexing::IndexReport update(const Location& location, const RepositoryOptions& options, bool full) {
+indexing::IndexReport update(const Location& location, const RepositoryOptions& options,
+                             const UpdateLimits& limits) {
   const InterruptGuard interrupts;
   ShownProgress progress;
   const indexing::IndexReport report = indexing::update_index({.root = location.root,
                                                                .index_file = location.index_file,
                                                                .include_ignored = options.ignored,
-                                                               .full = full,
+                                                               .full = limits.full,
                                                                .stop = interrupts.token(),
                                                                .extractor = &indexing::language_extractor()},
                                                               &progress);
+  if (interrupts.signal() == 0) {
+    indexing::update_history({.root = location.root,
+                              .index_file = location.index_file,
+                              .patience = patience(limits, interrupts.token())});
+  }
   if (interrupts.signal() != 0) throw Interrupted(interrupts.signal());
   return report;
 }
@@ -106,7 +119,7 @@ void over_sound_index(const Location& location, const RepositoryOptions& options
       const fs::path kept = storage::set_aside(location.index_file);
       spdlog::warn("{}; kept as {}, indexing anew", error.what(), kept.string());
     }
-    update(location, options);
+    update(location, options, {});
     work();
   }
 }

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "indexing/indexer.h"
@@ -30,9 +32,16 @@ struct Location {
 /// Finds them. Throws Failure for a directory that is none.
 Location locate(const RepositoryOptions& options);
 
-/// Indexes what is missing or changed, or with `full` everything, showing how far it is. Throws Interrupted
-/// when a signal asked to stop; the index is usable all the same.
-indexing::IndexReport update(const Location& location, const RepositoryOptions& options, bool full = false);
+struct UpdateLimits {
+  bool full = false;  ///< read every file anew
+  /// How long past commits may be read; what is left is read by a later call. Absent: to the end.
+  std::optional<std::chrono::milliseconds> history = std::nullopt;
+};
+
+/// Indexes what is missing or changed, showing how far it is. Throws Interrupted when a signal asked to stop;
+/// the index is usable all the same.
+indexing::IndexReport update(const Location& location, const RepositoryOptions& options,
+                             const UpdateLimits& limits);
 
 /// Throws Failure when the index holds no file at all.
 void require_indexed_files(const Location& location);
