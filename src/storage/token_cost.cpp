@@ -10,20 +10,18 @@ namespace {
 
 constexpr std::int64_t CHARS_PER_TOKEN = 4;
 
-/// `{"fqn": "", "name": "", "kind": "", "file": "", "line": , "signature": "", "docstring": "",
-/// "docstring_truncated": false}, `
-constexpr std::int64_t FRAME_CHARS = 128;
+/// `{"fqn":"","name":"","kind":"","file":"","line":,"signature":"","docstring":"","docstring_truncated":false},`
+constexpr std::int64_t FRAME_CHARS = 107;
 
-/// `"parameters": [], ` and, for each, `{"name": "", "description": ""}, ` with `"type": "", ` where there is
-/// one.
-constexpr std::int64_t PARAMETERS_CHARS = 18;
-constexpr std::int64_t PARAMETER_CHARS = 33;
-constexpr std::int64_t TYPE_CHARS = 12;
+/// `"parameters":[],` and, for each, `{"name":"","description":""},` with `"type":"",` where there is one.
+constexpr std::int64_t PARAMETERS_CHARS = 16;
+constexpr std::int64_t PARAMETER_CHARS = 29;
+constexpr std::int64_t TYPE_CHARS = 10;
 
 /// An entry's even share of what the packer adds without weighing it, measured over packs of real
 /// repositories at a budget of 2,000: the files, related symbols, usage examples, recommendations and the
 /// frame of the pack.
-constexpr std::int64_t SHARE_CHARS = 170;
+constexpr std::int64_t SHARE_CHARS = 115;
 
 /// The characters of a text inside a JSON string.
 std::int64_t json_length(std::string_view text) {

@@ -76,7 +76,7 @@ def test_a_pack_is_fresh_after_an_edit(shop):
     assert "shop.cart.Basket" not in names(shop.pack("Basket"))
     cart = shop.root / "shop/cart.py"
     cart.write_text(cart.read_text().replace("Cart", "Basket"))
-    assert names(shop.pack("Basket"))[0] == "shop.cart.Basket"
+    assert "shop.cart.Basket" in names(shop.pack("Basket"))
     cart.unlink()
     assert "shop/cart.py" not in shop.pack("Basket")["files"]
 
