@@ -161,7 +161,7 @@ class Update {
     report_.files = static_cast<std::int64_t>(entries.size());
     std::vector<StoredFile> stored;
     if (!options_.full) stored = writer_.files();
-    Plan plan = make_plan(entries, std::move(stored));
+    const Plan plan = make_plan(entries, stored);
     report_.added = plan.added;
     report_.changed = plan.changed;
     report_.removed = plan.removed;
@@ -178,7 +178,7 @@ class Update {
     return walk_tree(walk);
   }
 
-  Plan make_plan(const std::vector<TreeEntry>& entries, std::vector<StoredFile> stored) {
+  Plan make_plan(const std::vector<TreeEntry>& entries, const std::vector<StoredFile>& stored) {
     std::unordered_map<std::string_view, const StoredFile*> by_path;
     by_path.reserve(stored.size());
     for (const StoredFile& file : stored) by_path.emplace(file.info.path, &file);

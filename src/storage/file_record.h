@@ -1,6 +1,7 @@
 // One file of a repository as the index stores it.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -55,7 +56,7 @@ struct UseRow {
 };
 
 /// What `uses.type` stands for. The positions are in index files: frozen.
-inline constexpr std::string_view USE_TYPES[] = {"use", "call", "import", "type", "inherit"};
+inline constexpr std::array<std::string_view, 5> USE_TYPES = {"use", "call", "import", "type", "inherit"};
 inline constexpr std::int64_t CALL = 1;
 inline constexpr std::int64_t IMPORT = 2;
 

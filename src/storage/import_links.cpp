@@ -27,7 +27,6 @@ std::string key_of(const Parts& parts, std::size_t count) {
 /// Where a relative module lies, seen from its importer; empty for other modules.
 Parts relative_parts(std::string_view importer, std::string_view module) {
   if (!module.starts_with('.')) return {};
-  Parts parts = file_parts(importer);
   Parts directory = file_parts(importer.substr(0, importer.rfind('/') + 1));
   if (module.find('/') == std::string_view::npos && module != "." && module != "..") {
     // One dot is the package of the importer, each further one its parent.

@@ -24,7 +24,7 @@ class StoredReference final : public Reference {
                   std::int64_t line)
       : type_(type), caller_(std::move(caller)), file_(std::move(file)), line_(line) {}
 
-  Text usage_type() const override { return USE_TYPES[type_]; }
+  Text usage_type() const override { return USE_TYPES.at(static_cast<std::size_t>(type_)); }
   std::optional<CallerSymbol> caller_symbol() const override { return caller_; }
   OptionalText context() const override {
     std::optional<std::string> line = read_line(file_, line_);

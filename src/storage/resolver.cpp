@@ -95,6 +95,7 @@ class Definitions {
 
   void load_imports() {
     std::vector<LinkedFile> files;
+    files.reserve(files_.size());
     for (const auto& [id, file] : files_) files.push_back({id, file.path});
     std::sort(files.begin(), files.end(), [](const auto& a, const auto& b) { return a.id < b.id; });
     for (const ImportLink& link : imports_of(*connection_, files)) imports_[link.importer].push_back(link);
@@ -124,7 +125,7 @@ class Definitions {
     }
   };
 
-  void add(Definition definition, std::string_view name, FileFact file) {
+  void add(Definition definition, std::string_view name, const FileFact& file) {
     std::string_view scope = definition.fqn;
     if (scope.ends_with(name)) scope.remove_suffix(name.size());
     definition.scope = last_identifier(scope);
@@ -136,7 +137,7 @@ class Definitions {
       std::vector<std::size_t>& positions = by_place_[place];
       if (positions.size() < MOST_OF_A_PLACE) positions.push_back(position);
     }
-    files_.try_emplace(file_id, std::move(file));
+    files_.try_emplace(file_id, file);
     by_file_[{definition.name_id, file_id}].push_back(position);
     all_.push_back(std::move(definition));
   }
