@@ -3,6 +3,7 @@
 import ast
 import importlib
 import inspect
+import json
 import os
 import shutil
 import subprocess
@@ -112,6 +113,19 @@ def test_the_module_loads_alone_in_another_tree(module, tmp_path, init):
         env={**os.environ, "PYTHONPATH": str(tmp_path)},
     )  # fmt: skip
     assert (run.returncode, run.stderr) == (0, "")
+
+
+def test_the_example_of_the_readme(directory):
+    example = host.ROOT / "examples" / "python_host.py"
+    assert f"```python\n{example.read_text()}```" in (host.ROOT / "README.md").read_text()
+    run = subprocess.run(
+        [sys.executable, str(example)], capture_output=True, text=True,
+        env={**os.environ, "PYTHONPATH": str(directory)},
+    )  # fmt: skip
+    assert run.returncode == 0, run.stderr
+    pack = json.loads(run.stdout)
+    assert [entry["fqn"] for entry in pack["symbols"]] == ["cache.evict", "cache.store"]
+    assert pack["tests"] == [{"file": "tests/test_cache.py", "for": "src/cache.py"}]
 
 
 def test_the_module_exists_once_per_process(module):
