@@ -33,9 +33,9 @@ const retrieval::ExplainedHit* ExplainedRetriever::reasons(std::optional<std::in
 
 void Explanation::add(const Weighed& weighed) {
   const auto& [symbol, score, file_path] = weighed.item;
-  const std::string outcome = weighed.taken
-                                  ? fmt::format("taken, costs {} of {} left", weighed.cost, weighed.left)
-                                  : fmt::format("skipped, costs {} of {} left", weighed.cost, weighed.left);
+  const std::string outcome =
+      weighed.taken ? fmt::format("taken, costs {} of the {} left", weighed.cost, weighed.left)
+                    : fmt::format("skipped, costs {} but {} are left", weighed.cost, weighed.left);
   const std::string line = fmt::format("{:2}. {} {}:{}: {}", ++rank_, symbol->fqn().view(),
                                        file_path.value_or("").view(), symbol->start_line(), outcome);
   *out_ << visible(text::replace_surrogates(line)) << '\n';
