@@ -57,6 +57,7 @@ Text given(const std::string& argument) {
 
 std::vector<std::string> known_kinds() {
   std::vector<std::string> kinds;
+  kinds.reserve(ContextBuilder::KIND_WEIGHTS.size());
   for (const auto& [kind, weight] : ContextBuilder::KIND_WEIGHTS) kinds.emplace_back(kind);
   return kinds;
 }

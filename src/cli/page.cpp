@@ -46,15 +46,16 @@ class EntryVisitor {
     if (key == "has_tests" && set) page_.detail("Has tests", {});
   }
   void operator()(std::string_view key, const Text& text) {
-    if (key == "usage_example") page_.detail("Used", {readable(text)});
+    if (key == "usage_example") page_.detail("Usage", {readable(text)});
   }
   void operator()(std::string_view /*key*/, const std::vector<Parameter>& parameters) {
     page_.detail("Parameters", lines(parameters, describe));
   }
   void operator()(std::string_view /*key*/, const std::vector<RelatedSymbol>& related) {
-    page_.detail("Related", lines(related, [](const RelatedSymbol& symbol) {
-                   return fmt::format("{} {}", symbol.kind.view(), symbol.fqn.view());
-                 }));
+    const auto named = [](const RelatedSymbol& symbol) {
+      return fmt::format("{} {}", symbol.kind.view(), symbol.fqn.view());
+    };
+    page_.detail("Related", {fmt::format("{}", fmt::join(lines(related, named), ", "))});
   }
   void operator()(std::string_view /*key*/, const std::string& snippet) {
     page_.code(readable(snippet), language_);
