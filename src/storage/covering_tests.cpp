@@ -137,7 +137,7 @@ void reach_by_use(Connection& connection, const PathsById& sources, Reaches& rea
 void reach_by_import(Connection& connection, const PathsById& sources, Reaches& reaches) {
   std::vector<LinkedFile> files;
   for (const auto& [id, path] : sources) files.push_back({id, path});
-  for (const ImportLink& link : imports_of(connection, files)) {
+  for (const ImportLink& link : imports_of(connection, files, {.tests_only = true})) {
     if (link.link == Link::file) reaches[link.imported][link.importer].imports = true;
   }
 }

@@ -80,7 +80,8 @@ class Candidates {
   /// Takes the files that share the most parts with the module.
   static void append(const Table& table, const Parts& parts, std::int64_t importer, Link link,
                      std::vector<ImportLink>& links) {
-    for (std::size_t count = std::min(MOST_PARTS, parts.size()); count > 0; --count) {
+    const std::size_t least = std::min<std::size_t>(2, parts.size());
+    for (std::size_t count = std::min(MOST_PARTS, parts.size()); count >= least; --count) {
       const auto found = table.find(key_of(parts, count));
       if (found == table.end()) continue;
       if (found->second.size() > MOST_FILES) return;
@@ -96,11 +97,13 @@ class Candidates {
 };
 
 void link_rows(Connection& connection, std::string_view sql, const Candidates& candidates,
-               std::vector<ImportLink>& links) {
+               const Importers& importers, std::vector<ImportLink>& links) {
   SQLite::Statement& query = connection.prepare(sql);
   query.bind(1, json_array(candidates.keys()));
+  query.bind(2, static_cast<int>(importers.tests_only));
   while (query.executeStep()) {
     const std::int64_t importer = query.getColumn(0).getInt64();
+    if (importers.among != nullptr && !importers.among->contains(importer)) continue;
     const std::string path = query.getColumn(1).getString();
     const std::string module = query.getColumn(2).getString();
     const std::string name = query.getColumn(3).getString();
@@ -111,21 +114,24 @@ void link_rows(Connection& connection, std::string_view sql, const Candidates& c
     parts.emplace_back(name);  // the name may be that of a module itself
     candidates.link(importer, parts, links);
   }
+  query.reset();
 }
 
 }  // namespace
 
-std::vector<ImportLink> imports_of(Connection& connection, const std::vector<LinkedFile>& files) {
+std::vector<ImportLink> imports_of(Connection& connection, const std::vector<LinkedFile>& files,
+                                   const Importers& importers) {
   const Candidates candidates(files);
   std::vector<ImportLink> links;
+  link_rows(
+      connection,
+      "SELECT i.id >> 16, f.path, i.module, i.name FROM json_each(?) AS k "
+      "JOIN imports AS i ON i.module_key = k.value JOIN files AS f ON f.id = i.id >> 16 WHERE f.is_test >= ?",
+      candidates, importers, links);
   link_rows(connection,
             "SELECT i.id >> 16, f.path, i.module, i.name FROM json_each(?) AS k "
-            "JOIN imports AS i ON i.module_key = k.value JOIN files AS f ON f.id = i.id >> 16",
-            candidates, links);
-  link_rows(connection,
-            "SELECT i.id >> 16, f.path, i.module, i.name FROM json_each(?) AS k "
-            "JOIN imports AS i ON i.name = k.value JOIN files AS f ON f.id = i.id >> 16",
-            candidates, links);
+            "JOIN imports AS i ON i.name = k.value JOIN files AS f ON f.id = i.id >> 16 WHERE f.is_test >= ?",
+            candidates, importers, links);
   std::sort(links.begin(), links.end(), [](const ImportLink& a, const ImportLink& b) {
     return std::tuple(a.importer, a.imported, b.link) < std::tuple(b.importer, b.imported, a.link);
   });

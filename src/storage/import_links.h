@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "storage/connection.h"
@@ -28,9 +28,16 @@ struct ImportLink {
   friend bool operator==(const ImportLink&, const ImportLink&) = default;
 };
 
-/// The imports, anywhere in the index, that may mean one of `files`: by the module's path for those that are
-/// relative, else by the parts that both share at their ends. Two queries. Ordered by importer, then
-/// imported; each pair once, with its surest link.
-std::vector<ImportLink> imports_of(Connection& connection, const std::vector<LinkedFile>& files);
+/// Which importers count; both conditions hold.
+struct Importers {
+  bool tests_only = false;
+  const std::unordered_set<std::int64_t>* among = nullptr;  ///< file ids; null: any
+};
+
+/// The imports that may mean one of `files`: by the module's path for those that are relative, else by the
+/// parts that both share at their ends, at least two of a module of several. Two queries. Ordered by
+/// importer, then imported; each pair once, with its surest link.
+std::vector<ImportLink> imports_of(Connection& connection, const std::vector<LinkedFile>& files,
+                                   const Importers& importers);
 
 }  // namespace tarnwick::storage

@@ -93,12 +93,13 @@ class Definitions {
     }
   }
 
-  void load_imports() {
+  void load_imports(const std::unordered_set<std::int64_t>& importers) {
     std::vector<LinkedFile> files;
     files.reserve(files_.size());
     for (const auto& [id, file] : files_) files.push_back({id, file.path});
     std::sort(files.begin(), files.end(), [](const auto& a, const auto& b) { return a.id < b.id; });
-    for (const ImportLink& link : imports_of(*connection_, files)) imports_[link.importer].push_back(link);
+    for (const ImportLink& link : imports_of(*connection_, files, {.among = &importers}))
+      imports_[link.importer].push_back(link);
   }
 
   /// Appends the definitions that `use` may mean, all with one weight.
@@ -247,7 +248,9 @@ std::vector<ResolvedUse> resolve_all(Connection& connection, std::vector<Use> us
   std::set<std::int64_t> name_ids;
   for (const Use& use : uses) name_ids.insert(use.name_id);
   Definitions definitions(connection, {name_ids.begin(), name_ids.end()});
-  definitions.load_imports();
+  std::unordered_set<std::int64_t> importers;
+  for (const Use& use : uses) importers.insert(use.file());
+  definitions.load_imports(importers);
   const std::unordered_map<std::int64_t, FileFact> files = files_of(connection, uses);
   std::sort(uses.begin(), uses.end(), [](const Use& a, const Use& b) { return a.id < b.id; });
   std::vector<ResolvedUse> resolved;
