@@ -71,9 +71,10 @@ class Defined {
         files.insert(touched.file);
       }
     }
+    // CROSS: from the few names to their symbols, never the other way round.
     SQLite::Statement& query = connection.prepare(
-        "SELECT s.id, n.name FROM json_each(?) AS j JOIN names AS n ON n.name = j.value "
-        "JOIN symbols AS s ON s.name_id = n.id");
+        "SELECT s.id, n.name FROM json_each(?) AS j CROSS JOIN names AS n ON n.name = j.value "
+        "CROSS JOIN symbols AS s ON s.name_id = n.id");
     query.bind(1, storage::json_array(std::vector<std::string_view>(names.begin(), names.end())));
     while (query.executeStep()) {
       const std::int64_t id = query.getColumn(0).getInt64();

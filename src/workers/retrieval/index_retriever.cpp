@@ -186,7 +186,7 @@ class Ranking {
     std::vector<std::int64_t> ids;
     for (const RowScore& row : best(std::move(rows), CANDIDATES)) ids.push_back(row.id);
     SQLite::Statement& query = connection_->prepare(
-        "SELECT s.id, s.kind, s.fqn FROM json_each(?) AS j JOIN symbols AS s ON s.id = j.value");
+        "SELECT s.id, s.kind, s.fqn FROM json_each(?) AS j CROSS JOIN symbols AS s ON s.id = j.value");
     query.bind(1, storage::json_array(ids));
     std::vector<ExplainedHit> hits;
     while (query.executeStep()) {

@@ -37,7 +37,7 @@ inline constexpr std::array SIGNALS = {
     SignalInfo{"text", &Signals::text, 1.0},       SignalInfo{"file", &Signals::file, 0.5},
     SignalInfo{"history", &Signals::history, 0.5}, SignalInfo{"touched", &Signals::touched, 0.5},
     SignalInfo{"uses", &Signals::uses, 0.2},       SignalInfo{"used", &Signals::used, 0.2},
-    SignalInfo{"path", &Signals::path, 0.7},       SignalInfo{"exact", &Signals::exact, 1.0},
+    SignalInfo{"path", &Signals::path, 0.5},       SignalInfo{"exact", &Signals::exact, 1.0},
     SignalInfo{"tested", &Signals::tested, 0.2},   SignalInfo{"callable", &Signals::callable, 0.3},
 };
 
