@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "storage/schema.h"
+#include "text/lowercase.h"
 
 namespace tarnwick::retrieval {
 namespace {
@@ -63,17 +64,17 @@ std::vector<PastCommit> past_commits(Connection& connection, const FileTable& fi
 class Defined {
  public:
   Defined(Connection& connection, const std::vector<PastCommit>& commits) {
-    std::unordered_set<std::string_view> names;
+    std::unordered_set<std::string> names;  // in lowercase, by which the index finds them
     std::unordered_set<std::int64_t> files;
     for (const PastCommit& commit : commits) {
       for (const TouchedName& touched : commit.touched) {
-        names.insert(touched.name);
+        names.insert(text::lowercase(touched.name));
         files.insert(touched.file);
       }
     }
     // CROSS: from the few names to their symbols, never the other way round.
     SQLite::Statement& query = connection.prepare(
-        "SELECT s.id, n.name FROM json_each(?) AS j CROSS JOIN names AS n ON n.name = j.value "
+        "SELECT s.id, n.name FROM json_each(?) AS j CROSS JOIN names AS n ON n.lower = j.value "
         "CROSS JOIN symbols AS s ON s.name_id = n.id");
     query.bind(1, storage::json_array(std::vector<std::string_view>(names.begin(), names.end())));
     while (query.executeStep()) {
