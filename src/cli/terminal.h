@@ -21,7 +21,7 @@ std::string visible(std::string_view text);
 /// Colours text, or leaves it as it is.
 class Paint {
  public:
-  static constexpr std::string_view PLAIN;
+  static constexpr std::string_view PLAIN{};
   static constexpr std::string_view BOLD = "1";
   static constexpr std::string_view DIM = "2";
   static constexpr std::string_view RED = "31";
