@@ -1,3 +1,5 @@
+#include "cli/json.h"
+
 #include <nlohmann/json.hpp>
 #include <variant>
 
@@ -59,12 +61,24 @@ Json json_of(const Entry& entry) {
 
 }  // namespace
 
-void print_json(ContextPack& pack, std::ostream& out) {
+Json to_json(ContextPack& pack) {
   Json json = Json::object();
   for (const auto& [key, value] : pack.to_dict()) {
     json[std::string(key)] = std::visit([](const auto& held) { return json_of(held); }, value);
   }
-  out << json.dump() << '\n';
+  return json;
+}
+
+Json to_json(const Entry& entry) {
+  return json_of(entry);
+}
+
+Json to_json(const OptionalText& text) {
+  return json_of(text);
+}
+
+void print_json(ContextPack& pack, std::ostream& out) {
+  out << to_json(pack).dump() << '\n';
 }
 
 }  // namespace tarnwick::cli
