@@ -1,0 +1,26 @@
+#include "mcp/serve.h"
+
+#include <utility>
+
+#include "mcp/transport.h"
+
+namespace tarnwick::mcp {
+namespace {
+
+/// How long a client that has nothing more to say is still answered; it ends the process after a few seconds.
+constexpr std::chrono::milliseconds PATIENCE{1500};
+
+}  // namespace
+
+void serve(int input, int output, const Tool& tool, const ServerOptions& options) {
+  LineWriter writer(output);
+  Server server(
+      tool, [&writer](std::string line) { writer.send(std::move(line)); }, options);
+  LineReader reader(input, writer.closed(), options.most_message_bytes);
+  for (LineReader::Read read = reader.next(); read.status != LineReader::Status::end; read = reader.next()) {
+    server.receive(std::move(read));
+  }
+  server.finish(PATIENCE);
+}
+
+}  // namespace tarnwick::mcp

@@ -1,0 +1,146 @@
+#include "mcp/transport.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdint>
+#include <system_error>
+#include <utility>
+
+namespace tarnwick::mcp {
+namespace {
+
+constexpr std::size_t READ_BYTES = std::size_t{64} << 10U;
+constexpr int LOOK_UP_MS = 200;
+constexpr int MOST_STALLS = 10;  // of LOOK_UP_MS, before a reader that takes nothing at the end is left alone
+
+bool wait_readable(int descriptor, int quit) {
+  std::array<pollfd, 2> waiting{{{descriptor, POLLIN, 0}, {quit, POLLIN, 0}}};
+  while (poll(waiting.data(), waiting.size(), -1) < 0) {
+    if (errno != EINTR) return false;
+  }
+  return waiting[1].revents == 0;
+}
+
+}  // namespace
+
+LineReader::Read LineReader::next() {
+  while (true) {
+    if (std::optional<Read> read = take_line()) return std::move(*read);
+    if (ended_) {
+      if (buffer_.empty() && !skipping_) return {};
+      const Status status = skipping_ ? Status::too_long : Status::line;
+      skipping_ = false;
+      return {status, std::exchange(buffer_, {})};
+    }
+    ended_ = !fill();
+  }
+}
+
+bool LineReader::fill() {
+  if (!wait_readable(descriptor_, quit_)) {
+    buffer_.clear();
+    skipping_ = false;
+    return false;
+  }
+  const std::size_t before = buffer_.size();
+  buffer_.resize(before + READ_BYTES);
+  ssize_t got = 0;
+  do got = read(descriptor_, buffer_.data() + before, READ_BYTES);
+  while (got < 0 && errno == EINTR);
+  buffer_.resize(before + (got > 0 ? static_cast<std::size_t>(got) : 0));
+  return got > 0;
+}
+
+std::optional<LineReader::Read> LineReader::take_line() {
+  const std::size_t end = buffer_.find('\n', searched_);
+  if (end == std::string::npos) {
+    if (buffer_.size() > most_bytes_) skipping_ = true;
+    if (skipping_) buffer_.clear();
+    searched_ = buffer_.size();
+    return std::nullopt;
+  }
+  Read read{std::exchange(skipping_, false) || end > most_bytes_ ? Status::too_long : Status::line};
+  if (read.status == Status::line) read.text = buffer_.substr(0, end);
+  buffer_.erase(0, end + 1);
+  searched_ = 0;
+  return read;
+}
+
+LineWriter::LineWriter(int descriptor) : descriptor_(descriptor), closed_(eventfd(0, EFD_CLOEXEC)) {
+  if (closed_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
+  thread_ = std::thread([this] { run(); });
+}
+
+LineWriter::~LineWriter() {
+  {
+    const std::lock_guard lock(mutex_);
+    finishing_ = true;
+  }
+  changed_.notify_all();
+  thread_.join();
+  ::close(closed_);
+}
+
+void LineWriter::send(std::string line) {
+  line += '\n';
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [this] { return broken_ || queued_bytes_ <= MOST_QUEUED; });
+  if (broken_) return;
+  queued_bytes_ += line.size();
+  queue_.push_back(std::move(line));
+  changed_.notify_all();
+}
+
+void LineWriter::close() {
+  {
+    const std::lock_guard lock(mutex_);
+    broken_ = true;
+    queue_.clear();
+  }
+  changed_.notify_all();
+  const std::uint64_t one = 1;
+  [[maybe_unused]] const ssize_t told = write(closed_, &one, sizeof one);
+}
+
+void LineWriter::run() {
+  while (true) {
+    std::string text;
+    {
+      std::unique_lock lock(mutex_);
+      changed_.wait(lock, [this] { return broken_ || finishing_ || !queue_.empty(); });
+      if (broken_ || queue_.empty()) return;
+      for (std::string& line : queue_) text += line;  // one call for all that wait
+      queue_.clear();
+      queued_bytes_ = 0;
+    }
+    changed_.notify_all();
+    if (!write_all(text)) return close();
+  }
+}
+
+bool LineWriter::write_all(const std::string& text) const {
+  std::size_t done = 0;
+  int stalls = 0;
+  while (done < text.size() && !broken_) {
+    pollfd waiting{descriptor_, POLLOUT, 0};
+    if (poll(&waiting, 1, LOOK_UP_MS) == 0) {
+      if (finishing_ && ++stalls == MOST_STALLS) return false;
+      continue;
+    }
+    // A pipe that polls writable takes this much without blocking, so that the end is never waited for in
+    // vain.
+    const std::size_t piece = std::min<std::size_t>(PIPE_BUF, text.size() - done);
+    const ssize_t written = write(descriptor_, text.data() + done, piece);
+    if (written < 0 && errno != EINTR && errno != EAGAIN) return false;
+    if (written > 0) done += static_cast<std::size_t>(written);
+  }
+  return done == text.size();
+}
+
+}  // namespace tarnwick::mcp

@@ -1,0 +1,82 @@
+// Lines in, lines out: the standard streams as a channel of messages.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+
+namespace tarnwick::mcp {
+
+/// Reads lines from a descriptor. One thread at a time.
+class LineReader {
+ public:
+  enum class Status { line, too_long, end };
+  struct Read {
+    Status status = Status::end;
+    std::string text = {};  ///< the line without its end
+  };
+
+  /// A line of more than `most_bytes` is passed over, not stored. Reading also ends when `quit` becomes
+  /// readable. Neither descriptor is owned.
+  LineReader(int descriptor, int quit, std::size_t most_bytes)
+      : descriptor_(descriptor), quit_(quit), most_bytes_(most_bytes) {}
+
+  /// Waits for the next line. A last line that the end of input cuts off is a line too. An error of the
+  /// descriptor is an end.
+  Read next();
+
+ private:
+  bool fill();
+  std::optional<Read> take_line();
+
+  int descriptor_;
+  int quit_;
+  std::size_t most_bytes_;
+  std::string buffer_;
+  std::size_t searched_ = 0;  ///< bytes of the buffer that hold no line end
+  bool skipping_ = false;     ///< inside a line that is too long
+  bool ended_ = false;
+};
+
+/// Takes messages to a descriptor: one thread writes, in the order of `send`, so that no two mix and no
+/// sender waits for a slow reader until a good deal is queued. Safe to share between threads.
+class LineWriter {
+ public:
+  /// The descriptor is not owned.
+  explicit LineWriter(int descriptor);
+  LineWriter(const LineWriter&) = delete;
+  LineWriter& operator=(const LineWriter&) = delete;
+  /// Writes what is queued, unless the reader is gone or takes nothing for seconds, and ends the thread.
+  ~LineWriter();
+
+  /// Queues one line, without its end. Waits while more than `MOST_QUEUED` bytes wait to be written.
+  void send(std::string line);
+
+  /// A descriptor that becomes readable when the other side has gone: nothing can be sent any more.
+  int closed() const { return closed_; }
+  /// Gives up on the other side: what is queued is dropped.
+  void close();
+
+  static constexpr std::size_t MOST_QUEUED = std::size_t{64} << 20U;
+
+ private:
+  void run();
+  bool write_all(const std::string& text) const;
+
+  int descriptor_;
+  int closed_;
+  std::atomic<bool> broken_ = false;
+  std::atomic<bool> finishing_ = false;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<std::string> queue_;
+  std::size_t queued_bytes_ = 0;
+  std::thread thread_;
+};
+
+}  // namespace tarnwick::mcp
