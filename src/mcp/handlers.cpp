@@ -1,0 +1,273 @@
+#include "mcp/handlers.h"
+
+#include <spdlog/spdlog.h>
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+#include "cli/json.h"
+#include "mcp/confined_repository.h"
+#include "tarnwick/workers/context_builder.h"
+#include "text/surrogates.h"
+#include "text/utf8.h"
+#include "workers/retrieval/query.h"
+
+namespace tarnwick::mcp {
+namespace {
+
+constexpr std::size_t NEAR_NAMES = 5;
+constexpr std::size_t MOST_COMPONENTS = 100;
+constexpr std::int64_t MOST_REFERENCES = 30;
+constexpr std::int64_t MOST_BODY_LINES = 800;
+constexpr std::size_t MOST_BODY_BYTES = 48000;  // some 12,000 tokens
+/// Enough for any entry: a symbol asked for by its name is never left out.
+constexpr std::int64_t NO_CEILING = std::int64_t{1} << 40U;
+
+/// The component's warnings, for whoever reads the log of the server.
+class LogSink final : public Logger {
+ public:
+  void warning(std::string_view message, std::string_view argument,
+               const std::exception_ptr& error) override {
+    try {
+      std::rethrow_exception(error);
+    } catch (const std::exception& known) {
+      spdlog::warn("{} ({}): {}", message, argument, known.what());
+    } catch (...) {
+      spdlog::warn("{} ({})", message, argument);
+    }
+  }
+};
+
+std::string listed(const std::vector<std::string>& names) {
+  std::string list;
+  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
+  return list;
+}
+
+/// What may help whoever named something that is not there.
+std::string hint(const std::string& near, const Indexing& indexing, std::string_view otherwise) {
+  std::string text = near.empty() ? ". " + std::string(otherwise) : ". Near names: " + near + ".";
+  if (indexing.in_progress) {
+    text += " The index is still being built (" + std::to_string(indexing.progress) + " %): try again later.";
+  }
+  return text;
+}
+
+std::string symbols_near(const Repository& repository, std::string_view fqn) {
+  const std::size_t last = fqn.find_last_of(".:/#");
+  const std::string name(last == std::string_view::npos ? fqn : fqn.substr(last + 1));
+  if (name.empty()) return {};
+  std::vector<std::string> near;
+  for (const SymbolPtr& symbol : repository.search_symbols("%" + name + "%", NEAR_NAMES, false).symbols) {
+    near.push_back(text::replace_surrogates(symbol->fqn()));
+  }
+  return listed(near);
+}
+
+[[noreturn]] void refuse_symbol(const View& view, const std::string& fqn, const Indexing& indexing) {
+  throw BadArguments("Unknown symbol: " + fqn +
+                     hint(symbols_near(view.repository(), fqn), indexing,
+                          "Take `fqn` from a pack; action \"task\" finds symbols."));
+}
+
+std::vector<Text> texts(const std::vector<std::string>& strings) {
+  return {strings.begin(), strings.end()};
+}
+
+BuildOptions build_options(const Source& source, const TaskArguments& task) {
+  BuildOptions options;
+  options.token_budget = task.token_budget;
+  options.component_filter = task.component_filter;
+  options.include_snippets = task.include_snippets;
+  options.repo_root = Text(text::from_os(source.root().native()));
+  options.prefer_kinds = texts(task.prefer_kinds);
+  options.source_only = task.source_only;
+  options.wide_match = task.wide_match;
+  for (const std::string& fqn : task.deep_fqns) options.deep_fqns.insert(Text(fqn));
+  return options;
+}
+
+/// The symbols that are to lead the pack. A qualified name that several bear stands for the first of them.
+std::optional<std::vector<SymbolPtr>> seeds_of(const View& view, const TaskArguments& task,
+                                               const Indexing& indexing) {
+  if (!task.seed_symbols) return std::nullopt;
+  std::vector<SymbolPtr> seeds;
+  for (const std::string& fqn : *task.seed_symbols) {
+    SymbolPtr seed = view.repository().get_symbol_by_fqn(fqn);
+    if (!seed) refuse_symbol(view, fqn, indexing);
+    seeds.push_back(std::move(seed));
+  }
+  return seeds;
+}
+
+/// Names that nothing bears cannot be shown in full; the rest of the pack is good.
+void note_unknown(const View& view, const TaskArguments& task, ContextPack& pack) {
+  for (const std::string& fqn : task.deep_fqns) {
+    if (!view.repository().get_symbol_by_fqn(fqn))
+      pack.notes.emplace_back("deep_fqns: unknown symbol " + fqn);
+  }
+}
+
+void note_failure(const Indexing& indexing, ContextPack& pack) {
+  if (indexing.failure) pack.notes.emplace_back("The index may be out of date: " + *indexing.failure);
+}
+
+/// A body that fits a result, cut at the end of a line where it is too long.
+std::string_view fitting(std::string_view body) {
+  if (body.size() <= MOST_BODY_BYTES) return body;
+  const std::string_view head = body.substr(0, MOST_BODY_BYTES);
+  std::size_t end = head.rfind('\n');
+  if (end == std::string_view::npos) {
+    end = head.size();
+    while (end > 0 && text::is_continuation(body[end])) --end;
+  }
+  return body.substr(0, end);
+}
+
+Json reference_json(const Reference& reference) {
+  Json json = {{"usage_type", cli::to_json(reference.usage_type())}};
+  if (const std::optional<CallerSymbol> caller = reference.caller_symbol()) {
+    if (has_text(caller->fqn)) json["caller"] = cli::to_json(caller->fqn);
+    if (has_text(caller->kind)) json["caller_kind"] = cli::to_json(caller->kind);
+  }
+  if (const OptionalText context = reference.context()) json["context"] = cli::to_json(context);
+  return json;
+}
+
+Json references_json(const References& references) {
+  Json json = Json::array();
+  for (const ReferencePtr& reference : references.references) {
+    if (json.size() == MOST_REFERENCES) break;
+    json.push_back(reference_json(*reference));
+  }
+  return json;
+}
+
+/// A pack of one symbol, with its body whatever that costs.
+ContextPack pack_of(const ContextBuilder& builder, const Repository& repository, const SymbolPtr& symbol,
+                    const Source& source) {
+  const auto paths = repository.get_file_paths_batch({symbol});
+  const OptionalText path = symbol->id() ? paths->find(*symbol->id()) : std::nullopt;
+  PackOptions options;
+  options.include_snippets = true;
+  options.repo_root = Text(text::from_os(source.root().native()));
+  options.deep_fqns.insert(symbol->fqn());
+  options.deep_max_lines = MOST_BODY_LINES;
+  return builder._build_pack({{symbol, 0, path}}, NO_CEILING, options);
+}
+
+Json symbol_json(const ContextPack& pack, const Entry& entry, const References& references) {
+  Json json = cli::to_json(entry);
+  json.erase("snippet");
+  json["end_line"] = entry.symbol->end_line();
+  const std::string_view body = fitting(entry.snippet);
+  const std::int64_t lines = entry.symbol->end_line() - entry.symbol->start_line() + 1;
+  json["body"] = body;
+  json["body_truncated"] = body.size() < entry.snippet.size() || lines > MOST_BODY_LINES;
+  json["references"] = references_json(references);
+  json["references_total"] = references.total;
+  json["tests"] = Json::array();
+  for (const TestRow& row : pack.tests) json["tests"].push_back(cli::to_json(row.file));
+  return json;
+}
+
+Json languages_json(const storage::IndexStatus& status) {
+  Json json = Json::array();
+  for (const storage::LanguageStatus& language : status.languages) {
+    json.push_back({{"language", language.language},
+                    {"files", language.files},
+                    {"symbols", language.symbols},
+                    {"references", language.references},
+                    {"files_with_syntax_errors", language.with_errors}});
+  }
+  return json;
+}
+
+Json components_json(const storage::IndexStatus& status) {
+  Json json = Json::array();
+  for (const storage::ComponentStatus& component : status.components) {
+    if (json.size() == MOST_COMPONENTS) break;
+    json.push_back({{"name", cli::to_json(Text(component.name))},
+                    {"path", cli::to_json(Text(component.path))},
+                    {"files", component.files}});
+  }
+  return json;
+}
+
+void add_contents(const storage::IndexStatus& status, Json& json) {
+  if (status.indexed_at) json["indexed_at"] = *status.indexed_at;
+  if (status.git_head) json["git_head"] = *status.git_head;
+  json["languages"] = languages_json(status);
+  json["left_out"] = Json::array();
+  for (const auto& [reason, files] : status.skipped) {
+    json["left_out"].push_back({{"reason", reason}, {"files", files}});
+  }
+  json["components"] = components_json(status);
+  json["components_total"] = status.components.size();
+}
+
+}  // namespace
+
+Json build_pack(Source& source, const TaskArguments& task, const Call& call) {
+  constexpr double STEPS = 3;
+  call.report(0, STEPS, "Looking for changed files");
+  const Indexing indexing = source.refresh(call);
+  const std::unique_ptr<View> view = source.view(call);
+  call.report(1, STEPS, "Ranking symbols");
+  const ConfinedRepository repository(view->repository(), source.root());
+  const retrieval::QueryTokenizer tokenizer;
+  LogSink log;
+  ContextBuilder builder(repository, tokenizer, view->retriever(), true, {.logger = &log});
+  builder.set_indexing_status(indexing.in_progress, indexing.progress);
+  BuildOptions options = build_options(source, task);
+  options.seed_symbols = seeds_of(*view, task, indexing);
+  try {
+    ContextPack pack = builder.build_context_pack(task.task, options);
+    note_unknown(*view, task, pack);
+    note_failure(indexing, pack);
+    call.report(STEPS, STEPS, "Done");
+    return cli::to_json(pack);
+  } catch (const UnknownComponent& error) {
+    const std::string near = listed(view->components_near(*task.component_filter));
+    throw BadArguments(error.message() + hint(near, indexing, "Action \"status\" lists the components."));
+  }
+}
+
+Json show_symbol(Source& source, const SymbolArguments& symbol, const Call& call) {
+  const Indexing indexing = source.refresh(call);
+  const std::unique_ptr<View> view = source.view(call);
+  const std::vector<SymbolPtr> found = view->symbols_by_fqn(symbol.fqn);
+  if (found.empty()) refuse_symbol(*view, symbol.fqn, indexing);
+  const ConfinedRepository repository(view->repository(), source.root());
+  const retrieval::QueryTokenizer tokenizer;
+  LogSink log;
+  const ContextBuilder builder(repository, tokenizer, nullptr, true, {.logger = &log});
+  const ContextPack pack = pack_of(builder, repository, found.front(), source);
+  Json json = symbol_json(pack, pack.symbols.at(0), repository.get_references(symbol.fqn));
+  if (found.size() > 1) {
+    const auto paths = repository.get_file_paths_batch(found);
+    for (auto other = found.begin() + 1; other != found.end(); ++other) {
+      json["others"].push_back({{"kind", cli::to_json((*other)->kind())},
+                                {"file", cli::to_json(paths->find((*other)->id().value_or(0)))},
+                                {"line", (*other)->start_line()}});
+    }
+  }
+  if (!pack.notes.empty()) json["notes"] = Json::array({cli::to_json(pack.notes.front())});
+  json["indexing_in_progress"] = indexing.in_progress;
+  json["progress"] = indexing.progress;
+  return json;
+}
+
+Json show_status(Source& source, const Call& call) {
+  const Indexing indexing = source.refresh(call);
+  Json json = {{"repository", source.name()},
+               {"root", cli::to_json(Text(text::from_os(source.root().native())))},
+               {"indexing_in_progress", indexing.in_progress},
+               {"progress", indexing.progress}};
+  if (indexing.failure) json["failure"] = *indexing.failure;
+  if (const auto status = source.view(call)->status()) add_contents(*status, json);
+  return json;
+}
+
+}  // namespace tarnwick::mcp

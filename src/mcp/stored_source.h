@@ -1,0 +1,70 @@
+// A repository with its embedded index, kept up to date in the background.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <thread>
+
+#include "indexing/indexer.h"
+#include "mcp/file_watch.h"
+#include "mcp/source.h"
+
+namespace tarnwick::mcp {
+
+/// Indexes on a thread of its own, which begins with the object: once at the start, and whenever files change
+/// or a call asks. The history follows behind, on another.
+class StoredSource final : public Source {
+ public:
+  /// `update` says how to bring the index up to date; its `root` is free of symbolic links, its `index_file`
+  /// given. `name` is unique among the served repositories.
+  StoredSource(std::string name, indexing::IndexOptions update);
+  /// Stops the indexing; what is done of a first one stays.
+  ~StoredSource() override;
+
+  const std::string& name() const override { return name_; }
+  const std::filesystem::path& root() const override { return update_.root; }
+  Indexing refresh(const Call& call) override;
+  std::unique_ptr<View> view(const Call& call) override;
+
+ private:
+  class Reporter;
+
+  void run(const std::stop_token& stop);
+  void run_history(const std::stop_token& stop);
+  void update_once(const std::stop_token& stop);
+  void watch_indexed_directories();
+  void wait_for_change(const std::stop_token& stop, std::chrono::milliseconds pause) const;
+  void note_progress(std::int64_t done, std::int64_t total);
+  void wake() const;
+
+  // With the mutex held:
+  void want(std::uint64_t update);
+  Indexing indexing() const;
+
+  std::string name_;
+  indexing::IndexOptions update_;
+  FileWatch watch_;
+  int wake_;  ///< an eventfd that ends the thread's waits
+
+  mutable std::mutex mutex_;
+  std::condition_variable_any changed_;
+  std::uint64_t wanted_ = 1;    ///< number of the update that somebody waits for
+  std::uint64_t started_ = 0;   ///< number of the last update that began, which looks at all files after that
+  std::uint64_t finished_ = 0;  ///< and of the last that ended
+  bool complete_ = false;       ///< there was a whole index at some time
+  std::int64_t files_done_ = 0;
+  std::int64_t files_total_ = 0;  ///< that the running update reads; 0: none yet
+  std::optional<std::string> failure_;
+
+  // Last, so that they end first. Reading the history takes longer than a changed file may be waited for.
+  std::jthread history_thread_;
+  std::jthread thread_;
+};
+
+}  // namespace tarnwick::mcp

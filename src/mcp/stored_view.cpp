@@ -1,0 +1,115 @@
+#include "mcp/stored_view.h"
+
+#include <sqlite3.h>
+
+#include <unordered_map>
+
+#include "storage/errors.h"
+#include "storage/stored_repository.h"
+#include "workers/retrieval/index_retriever.h"
+
+namespace tarnwick::mcp {
+namespace {
+
+/// How many steps of the database's machine pass between two looks at the call; some tens of microseconds.
+constexpr int STEPS_BETWEEN_LOOKS = 10'000;
+
+int is_over(void* call) {
+  return static_cast<const Call*>(call)->over() ? 1 : 0;
+}
+
+class StoredView final : public View {
+ public:
+  StoredView(const std::filesystem::path& index_file, const std::filesystem::path& root, const Call& call)
+      : repository_(index_file, root), retriever_(repository_) {
+    // The handler only reads; the interface takes a pointer without const.
+    sqlite3_progress_handler(repository_.connection().database().getHandle(), STEPS_BETWEEN_LOOKS, is_over,
+                             const_cast<Call*>(&call));  // NOLINT(cppcoreguidelines-pro-type-const-cast)
+  }
+
+  const Repository& repository() const override { return repository_; }
+  const HybridRetriever* retriever() const override { return &retriever_; }
+  std::vector<SymbolPtr> symbols_by_fqn(const Text& fqn) const override {
+    return repository_.symbols_by_fqn(fqn);
+  }
+  std::vector<std::string> components_near(std::string_view name) const override {
+    return repository_.components_near(name);
+  }
+  std::optional<storage::IndexStatus> status() const override {
+    return storage::index_status(repository_.connection());
+  }
+
+ private:
+  storage::StoredRepository repository_;
+  retrieval::IndexRetriever retriever_;
+};
+
+class NoPaths final : public PathMap {
+ public:
+  std::optional<Text> find(std::int64_t /*id*/) const override { return std::nullopt; }
+  std::vector<Text> values() const override { return {}; }
+};
+
+class NoTestPaths final : public PathSet {
+ public:
+  bool contains(const Text& /*path*/) const override { return false; }
+  std::vector<Text> values() const override { return {}; }
+};
+
+class NoTests final : public TestRecords {
+ public:
+  void walk(const std::function<void(const TestRecord&)>& /*visit*/) const override {}
+};
+
+/// What an index holds before its first file.
+class EmptyRepository final : public Repository {
+ public:
+  SymbolMatches search_symbols(const Text&, std::int64_t, bool) const override { return {}; }
+  std::optional<Component> get_component_by_name(const Text&) const override { return std::nullopt; }
+  std::vector<File> get_files_by_component(std::int64_t) const override { return {}; }
+  std::shared_ptr<const PathMap> get_file_paths_batch(const std::vector<SymbolPtr>&) const override {
+    return std::make_shared<NoPaths>();
+  }
+  std::shared_ptr<const PathSet> test_paths(const std::vector<Text>&) const override {
+    return std::make_shared<NoTestPaths>();
+  }
+  std::shared_ptr<const IdMap<SymbolPtr>> symbols_with_paths(
+      const std::vector<std::int64_t>&) const override {
+    return std::make_shared<HashIdMap<SymbolPtr>>();
+  }
+  std::shared_ptr<const TestRecords> find_covering_tests(const std::vector<Text>&) const override {
+    return std::make_shared<NoTests>();
+  }
+  std::vector<SymbolPtr> get_symbols_by_file(std::int64_t) const override { return {}; }
+  References get_references(const Text&) const override { return {}; }
+  SymbolPtr get_symbol_by_fqn(const Text&) const override { return nullptr; }
+  std::shared_ptr<const IdMap<OrderKey>> production_fan_in(const std::vector<std::int64_t>&) const override {
+    return std::make_shared<HashIdMap<OrderKey>>();
+  }
+};
+
+class EmptyView final : public View {
+ public:
+  const Repository& repository() const override { return repository_; }
+  const HybridRetriever* retriever() const override { return nullptr; }
+  std::vector<SymbolPtr> symbols_by_fqn(const Text& /*fqn*/) const override { return {}; }
+  std::vector<std::string> components_near(std::string_view /*name*/) const override { return {}; }
+  std::optional<storage::IndexStatus> status() const override { return std::nullopt; }
+
+ private:
+  EmptyRepository repository_;
+};
+
+}  // namespace
+
+std::unique_ptr<View> open_view(const std::filesystem::path& index_file, const std::filesystem::path& root,
+                                const Call& call) {
+  try {
+    return std::make_unique<StoredView>(index_file, root, call);
+  } catch (const storage::IndexError& error) {
+    if (error.kind() != storage::IndexError::Kind::missing) throw;
+    return std::make_unique<EmptyView>();
+  }
+}
+
+}  // namespace tarnwick::mcp
