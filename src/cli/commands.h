@@ -11,5 +11,6 @@ namespace tarnwick::cli {
 void declare_context(CLI::App& command);
 void declare_index(CLI::App& command);
 void declare_status(CLI::App& command);
+void declare_mcp(CLI::App& command);
 
 }  // namespace tarnwick::cli

@@ -1,0 +1,15 @@
+# Brings the clients and the tests in SOURCE to TARGET; nothing is fetched when the locked versions are there.
+file(GLOB tests ${SOURCE}/*.mjs)
+file(COPY ${tests} DESTINATION ${TARGET})
+file(SHA256 ${SOURCE}/package-lock.json wanted)
+set(installed "")
+if(EXISTS ${TARGET}/installed)
+  file(READ ${TARGET}/installed installed)
+endif()
+if(installed STREQUAL wanted)
+  return()
+endif()
+file(COPY ${SOURCE}/package.json ${SOURCE}/package-lock.json DESTINATION ${TARGET})
+execute_process(COMMAND npm ci --ignore-scripts --no-audit --no-fund WORKING_DIRECTORY ${TARGET}
+                COMMAND_ERROR_IS_FATAL ANY)
+file(WRITE ${TARGET}/installed ${wanted})
