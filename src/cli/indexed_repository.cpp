@@ -100,10 +100,9 @@ indexing::IndexReport update(const Location& location, const RepositoryOptions& 
 
 void require_indexed_files(const Location& location) {
   const auto connection = storage::open_for_reading(location.index_file);
-  const storage::IndexStatus status = storage::index_status(*connection);
-  if (!status.languages.empty()) return;
+  if (storage::has_files(*connection)) return;
   std::vector<std::string> help;
-  for (const auto& [reason, files] : status.skipped)
+  for (const auto& [reason, files] : storage::skip_counts(*connection))
     help.push_back(fmt::format("Left out: {} ({})", files, reason));
   throw Failure(location.root.string() + ": nothing to index", help);
 }

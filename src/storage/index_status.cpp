@@ -47,15 +47,6 @@ std::vector<LanguageStatus> languages(Connection& connection) {
   return rows;
 }
 
-std::vector<SkipStatus> skipped(Connection& connection) {
-  SQLite::Statement& query = connection.prepare(
-      "SELECT skip, count(*) FROM files WHERE skip IS NOT NULL GROUP BY skip ORDER BY 2 DESC, 1");
-  std::vector<SkipStatus> rows;
-  while (query.executeStep()) rows.push_back({query.getColumn(0).getString(), query.getColumn(1).getInt64()});
-  query.reset();
-  return rows;
-}
-
 std::vector<ComponentStatus> components(Connection& connection) {
   SQLite::Statement& query = connection.prepare(
       "SELECT name, path, (SELECT count(*) FROM files WHERE component_id = c.id AND skip IS NULL) "
@@ -80,9 +71,26 @@ IndexStatus index_status(Connection& connection) {
     status.index_bytes = bytes_on_disk(connection.file());
     status.source_bytes = connection.number("SELECT ifnull(sum(size), 0) FROM files WHERE skip IS NULL");
     status.languages = languages(connection);
-    status.skipped = skipped(connection);
+    status.skipped = skip_counts(connection);
     status.components = components(connection);
     return status;
+  });
+}
+
+bool has_files(Connection& connection) {
+  return connection.guard(
+      [&] { return connection.number("SELECT EXISTS (SELECT 1 FROM files WHERE skip IS NULL)") != 0; });
+}
+
+std::vector<SkipStatus> skip_counts(Connection& connection) {
+  return connection.guard([&] {
+    SQLite::Statement& query = connection.prepare(
+        "SELECT skip, count(*) FROM files WHERE skip IS NOT NULL GROUP BY skip ORDER BY 2 DESC, 1");
+    std::vector<SkipStatus> rows;
+    while (query.executeStep())
+      rows.push_back({query.getColumn(0).getString(), query.getColumn(1).getInt64()});
+    query.reset();
+    return rows;
   });
 }
 

@@ -46,7 +46,14 @@ struct SkippedFile {
   std::string reason;
 };
 
+/// Counts every row: for a report, not for a test in passing.
 IndexStatus index_status(Connection& connection);
+
+/// Whether any file was read, as opposed to left out.
+bool has_files(Connection& connection);
+
+/// How many files were left out, most first, then by reason.
+std::vector<SkipStatus> skip_counts(Connection& connection);
 
 /// The files that were left out, by reason, then by path.
 std::vector<SkippedFile> skipped_files(Connection& connection);
