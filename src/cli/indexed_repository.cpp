@@ -7,7 +7,7 @@
 #include "cli/interrupts.h"
 #include "cli/terminal.h"
 #include "indexing/history_store.h"
-#include "indexing/language_extractor.h"
+#include "indexing/source_extractor.h"
 #include "storage/errors.h"
 #include "storage/index_file.h"
 #include "storage/index_status.h"
@@ -82,12 +82,13 @@ indexing::IndexReport update(const Location& location, const RepositoryOptions& 
                              const UpdateLimits& limits) {
   const InterruptGuard interrupts;
   ShownProgress progress;
+  const indexing::SourceExtractor extractor;
   const indexing::IndexReport report = indexing::update_index({.root = location.root,
                                                                .index_file = location.index_file,
                                                                .include_ignored = options.ignored,
                                                                .full = limits.full,
                                                                .stop = interrupts.token(),
-                                                               .extractor = &indexing::language_extractor()},
+                                                               .extractor = &extractor},
                                                               &progress);
   if (interrupts.signal() == 0) {
     indexing::update_history({.root = location.root,

@@ -9,6 +9,8 @@ foreach(file ${query_files})
   file(READ ${file} content)
   string(APPEND query_texts "    {\"${name}\", R\"scm(${content})scm\"},\n")
 endforeach()
+string(SHA256 query_fingerprint "${query_texts}")
+string(SUBSTRING ${query_fingerprint} 0 16 query_fingerprint)
 configure_file(query_texts.cpp.in query_texts.cpp @ONLY)
 
 add_library(
@@ -25,5 +27,5 @@ add_library(
   source_extractor.cpp
   test_paths.cpp
   ${CMAKE_CURRENT_BINARY_DIR}/query_texts.cpp)
-target_include_directories(tarnwick_extraction PUBLIC ${PROJECT_SOURCE_DIR}/src)
+target_include_directories(tarnwick_extraction PUBLIC ${PROJECT_SOURCE_DIR}/src PRIVATE ${PROJECT_SOURCE_DIR}/include)
 target_link_libraries(tarnwick_extraction PUBLIC tarnwick_grammars PRIVATE tarnwick_text tarnwick_warnings)

@@ -9,7 +9,6 @@ add_library(
   indexer.cpp
   indexer_components.cpp
   indexer_skips.cpp
-  language_extractor.cpp
   tree_walk.cpp)
 target_include_directories(tarnwick_indexer PUBLIC ${PROJECT_SOURCE_DIR}/src)
 target_link_libraries(

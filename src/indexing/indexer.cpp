@@ -157,19 +157,28 @@ class Update {
 
   void run() {
     report_.first = connection_.number("SELECT count(*) FROM meta WHERE key = 'indexed_at'") == 0;
+    full_ = options_.full || made_by_another_version();
     const std::vector<TreeEntry> entries = walk();
     report_.files = static_cast<std::int64_t>(entries.size());
     std::vector<StoredFile> stored;
-    if (!options_.full) stored = writer_.files();
+    if (!full_) stored = writer_.files();
     const Plan plan = make_plan(entries, stored);
     report_.added = plan.added;
     report_.changed = plan.changed;
     report_.removed = plan.removed;
-    if (plan.empty() && !report_.first && !options_.full) return note_touched(plan);
+    if (plan.empty() && !report_.first && !full_) return note_touched(plan);
     apply(plan, entries);
   }
 
  private:
+  bool made_by_another_version() const {
+    SQLite::Statement& query = connection_.prepare("SELECT value FROM meta WHERE key = ?");
+    query.bind(1, storage::meta_keys::READER);
+    const bool another = query.executeStep() && query.getColumn(0).getString() != extractor_.version();
+    query.reset();
+    return another;
+  }
+
   std::vector<TreeEntry> walk() const {
     WalkOptions walk{.root = options_.root, .include_ignored = options_.include_ignored};
     walk.is_unsupported = [&](std::string_view path) {
@@ -183,7 +192,7 @@ class Update {
     by_path.reserve(stored.size());
     for (const StoredFile& file : stored) by_path.emplace(file.info.path, &file);
     Plan plan;
-    std::int64_t next_id = options_.full ? 1 : writer_.next_file_id();
+    std::int64_t next_id = full_ ? 1 : writer_.next_file_id();
     for (const TreeEntry& entry : entries) {
       const auto found = by_path.find(entry.path);
       if (found == by_path.end()) {
@@ -231,7 +240,8 @@ class Update {
 
   void apply(const Plan& plan, const std::vector<TreeEntry>& entries) {
     writer_.begin();
-    if (options_.full) writer_.clear();
+    if (full_) writer_.clear();
+    writer_.set_meta(storage::meta_keys::READER, extractor_.version());
     writer_.set_meta(storage::meta_keys::ROOT, text::from_os(options_.root.native()));
     if (report_.first) writer_.set_meta(storage::meta_keys::FILES_TO_INDEX, report_.files);
     for (const auto& [id, stat] : plan.touched) writer_.touch(id, stat);
@@ -241,8 +251,7 @@ class Update {
       report_.first ? writer_.commit() : writer_.roll_back();
       return;
     }
-    if (plan.manifests || report_.first || options_.full || plan.added + plan.removed > 0)
-      update_components(entries);
+    if (plan.manifests || report_.first || full_ || plan.added + plan.removed > 0) update_components(entries);
     writer_.drop_unused_names();
     writer_.set_meta(storage::meta_keys::INDEXED_AT, now_ns() / 1'000'000'000);
     writer_.remove_meta(storage::meta_keys::FILES_TO_INDEX);
@@ -296,6 +305,7 @@ class Update {
   IndexWriter writer_;
   Progress* progress_;
   IndexReport& report_;
+  bool full_ = false;
 };
 
 void run_update(const IndexOptions& options, Progress* progress, IndexReport& report) {

@@ -31,6 +31,9 @@ class Extractor {
   /// What a file of that language says. Never throws for what it holds.
   virtual FileFacts extract(std::string_view language, std::string_view text,
                             std::string_view path) const = 0;
+  /// A text that differs whenever the same file could yield other facts: an index made by another version is
+  /// made anew.
+  virtual std::string version() const { return {}; }
 };
 
 struct IndexOptions {

@@ -99,6 +99,9 @@ const Query* query_of(const Language& language);
 /// The built-in query file of that name, without `.scm`; empty if there is none.
 std::string_view query_text(std::string_view name);
 
+/// A short text that differs whenever any query does.
+std::string_view query_fingerprint();
+
 inline std::string_view text_of(TSNode node, std::string_view text) {
   const auto start = ts_node_start_byte(node);
   return text.substr(start, ts_node_end_byte(node) - start);

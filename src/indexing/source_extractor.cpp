@@ -2,8 +2,17 @@
 
 #include "indexing/extraction.h"
 #include "indexing/languages.h"
+#include "indexing/query.h"
+#include "tarnwick/version.h"
 
 namespace tarnwick::indexing {
+namespace {
+
+/// Goes up with every change of code that gives other symbols, words or costs for the same file. Queries need
+/// no such care: their texts are part of the version.
+constexpr int EXTRACTION_REVISION = 1;
+
+}  // namespace
 
 std::string SourceExtractor::language_of(std::string_view path, std::optional<std::string_view> text) const {
   if (!text && needs_text(path)) return "unknown";
@@ -24,6 +33,11 @@ FileFacts SourceExtractor::extract(std::string_view language, std::string_view t
                                    std::string_view path) const {
   const auto* row = language_named(language);
   return row ? indexing::extract(*row, text, path) : FileFacts();
+}
+
+std::string SourceExtractor::version() const {
+  return std::string(VERSION) + "+" + std::to_string(EXTRACTION_REVISION) + "." +
+         std::string(query_fingerprint());
 }
 
 }  // namespace tarnwick::indexing

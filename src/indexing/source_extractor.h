@@ -12,6 +12,7 @@ class SourceExtractor final : public Extractor {
   bool is_source(std::string_view language) const override;
   bool is_test_path(std::string_view path) const override;
   FileFacts extract(std::string_view language, std::string_view text, std::string_view path) const override;
+  std::string version() const override;
 };
 
 }  // namespace tarnwick::indexing

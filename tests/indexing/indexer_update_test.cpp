@@ -108,6 +108,16 @@ TEST(IndexerUpdate, ReadsOnlyWhatChanged) {
   EXPECT_EQ(progress.last_done, 2);
 }
 
+TEST(IndexerUpdate, ReadsEverythingAnewWithAnotherVersionOfTheExtractor) {
+  const IndexedTree tree;
+  tree.write("a.toy", "fn a");
+  const ToyExtractor newer("2");
+  const auto use_newer = [&](indexing::IndexOptions& options) { options.extractor = &newer; };
+  tree.update();
+  EXPECT_EQ(tree.update(use_newer).added, 1);
+  EXPECT_EQ(tree.update(use_newer).added, 0);
+}
+
 TEST(IndexerUpdate, NoticesAnEditThatKeepsSizeAndTime) {
   const IndexedTree tree;
   const auto set_back = [&] {

@@ -22,6 +22,9 @@ namespace tarnwick::testing {
 /// Files whose names begin with `test_` are tests.
 class ToyExtractor final : public indexing::Extractor {
  public:
+  explicit ToyExtractor(std::string version = {}) : version_(std::move(version)) {}
+
+  std::string version() const override { return version_; }
   std::string language_of(std::string_view path, std::optional<std::string_view>) const override {
     return path.ends_with(".toy") ? "toy" : path.ends_with(".note") ? "note" : "";
   }
@@ -91,6 +94,8 @@ class ToyExtractor final : public indexing::Extractor {
                             enclosing});
     }
   }
+
+  std::string version_;
 };
 
 }  // namespace tarnwick::testing
