@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "indexing/history_process.h"
+#include "indexing/git_process.h"
 
 namespace tarnwick::indexing {
 

@@ -23,8 +23,9 @@ enum class GitEnd { finished, failed, gave_up };
 
 /// Runs git in `directory` and hands its output to `take` as it comes, in pieces of any size. `input` is what
 /// it reads. Its messages are dropped. The process never outlives the call: it is ended when patience is over
-/// or `take` throws. It neither asks for passwords, fetches what a partial clone lacks, nor heeds variables
-/// that name another repository than that of `directory`. That there is no git program is `failed`.
+/// or `take` throws. It neither asks for passwords, fetches what a partial clone lacks, runs a
+/// monitor that the repository names, nor heeds variables that name another repository than that of
+/// `directory`. That there is no git program is `failed`.
 GitEnd run_git(const std::filesystem::path& directory, const std::vector<std::string>& arguments,
                std::string_view input, const Patience& patience,
                const std::function<void(std::string_view)>& take);

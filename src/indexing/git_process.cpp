@@ -1,4 +1,4 @@
-#include "indexing/history_process.h"
+#include "indexing/git_process.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -63,26 +63,19 @@ class Child {
   pid_t id_;
 };
 
-bool is_left_out(std::string_view variable) {
-  static constexpr std::array NAMES = {"GIT_DIR=",
-                                       "GIT_WORK_TREE=",
-                                       "GIT_INDEX_FILE=",
-                                       "GIT_PREFIX=",
-                                       "GIT_NAMESPACE=",
-                                       "GIT_COMMON_DIR=",
-                                       "GIT_ALLOW_PROTOCOL=",
-                                       "LC_ALL=",
-                                       "GIT_TERMINAL_PROMPT=",
-                                       "GIT_OPTIONAL_LOCKS=",
-                                       "GIT_EXTERNAL_DIFF="};
-  return std::ranges::any_of(NAMES, [&](const char* name) { return variable.starts_with(name); });
+/// Whether git may see a variable: none that names another repository or another configuration than the
+/// directory's own, or a program to run.
+bool is_passed_on(std::string_view variable) {
+  if (variable.starts_with("LC_ALL=")) return false;
+  return !variable.starts_with("GIT_") || variable.starts_with("GIT_CONFIG_GLOBAL=") ||
+         variable.starts_with("GIT_CONFIG_NOSYSTEM=");
 }
 
-std::vector<std::string> environment() {
+std::vector<std::string> clean_environment() {
   std::vector<std::string> result = {"LC_ALL=C", "GIT_TERMINAL_PROMPT=0", "GIT_OPTIONAL_LOCKS=0",
                                      "GIT_ALLOW_PROTOCOL="};
-  for (char** variable = environ; variable && *variable; ++variable)
-    if (!is_left_out(*variable)) result.emplace_back(*variable);
+  for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable)
+    if (is_passed_on(*variable)) result.emplace_back(*variable);
   return result;
 }
 
@@ -100,6 +93,7 @@ struct CloseFile {
 
 /// `input` in a file without a name, ready to be read; null when there is no room for one.
 std::unique_ptr<std::FILE, CloseFile> input_file(std::string_view input) {
+  if (input.empty()) return std::unique_ptr<std::FILE, CloseFile>(std::fopen("/dev/null", "re"));
   std::unique_ptr<std::FILE, CloseFile> file(std::tmpfile());
   if (!file) return nullptr;
   const bool written = std::fwrite(input.data(), 1, input.size(), file.get()) == input.size();
@@ -110,11 +104,15 @@ std::unique_ptr<std::FILE, CloseFile> input_file(std::string_view input) {
 /// Starts git with its output going to `output`; the process id, or nothing positive.
 pid_t start(const std::filesystem::path& directory, const std::vector<std::string>& arguments, int input,
             int output) {
-  std::vector<std::string> words = {
-      "git", "--no-pager",           "-C", directory.string(),       "-c", "core.quotePath=false",
-      "-c",  "core.fsmonitor=false", "-c", "log.showSignature=false"};
+  // A monitor that the repository's configuration names would be a program of a stranger; and a directory
+  // that belongs to another user is still one that this user asked for.
+  std::vector<std::string> words = {"git", "--no-pager", "-C", directory.native()};
+  for (const char* setting :
+       {"core.quotePath=false", "core.fsmonitor=false", "log.showSignature=false", "safe.directory=*"}) {
+    words.insert(words.end(), {"-c", setting});
+  }
   words.insert(words.end(), arguments.begin(), arguments.end());
-  std::vector<std::string> variables = environment();
+  std::vector<std::string> variables = clean_environment();
   posix_spawn_file_actions_t actions;
   if (posix_spawn_file_actions_init(&actions) != 0) return 0;
   posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
