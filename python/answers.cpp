@@ -76,8 +76,8 @@ OrderKey order_key(Arena& arena, py::object value) {
   if (PyFloat_CheckExact(value.ptr()) != 0) return {PyFloat_AS_DOUBLE(value.ptr())};
   if (PyLong_CheckExact(value.ptr()) != 0) {
     const double number = PyLong_AsDouble(value.ptr());
-    if (std::fabs(number) < EXACT_INTEGERS && !(number == -1.0 && PyErr_Occurred() != nullptr))
-      return {number};
+    const bool failed = number == -1.0 && PyErr_Occurred() != nullptr;
+    if (!failed && std::fabs(number) < EXACT_INTEGERS) return {number};
     PyErr_Clear();  // too large for a double: compared as it is
   }
   return {0, arena.lend<HostOrder>(std::move(value))};

@@ -44,9 +44,7 @@ class Arena {
   Arena(const Arena&) = delete;
   Arena& operator=(const Arena&) = delete;
   ~Arena() {
-    for (auto adapter = adapters_.rbegin(); adapter != adapters_.rend(); ++adapter) {
-      adapter->destroy(adapter->object);
-    }
+    for (const Adapter& adapter : adapters_) adapter.destroy(adapter.object);
   }
 
   template <class T, class... Arguments>

@@ -124,36 +124,36 @@ PyObject* build_context_pack(PyObject* self, PyObject* arguments, PyObject* keyw
   });
 }
 
-PyMethodDef methods[] = {
-    {"__init__", keyword_function(init), METH_VARARGS | METH_KEYWORDS,
-     "__init__($self, /, repository, retriever=None, *, list_tests=False)\n--\n\n"
-     "Set the fields; ask nothing and check nothing.\n\n"
-     "repository: the index that every query goes to.\n"
-     "retriever: ranks the symbols of a task; None: no seeds but the caller's.\n"
-     "list_tests: whether packs list the test files of their first source files."},
-    {"set_indexing_status", keyword_function(set_indexing_status), METH_VARARGS | METH_KEYWORDS,
-     "set_indexing_status($self, /, in_progress, progress=100)\n--\n\n"
-     "Set the status that packs built from now on carry.\n\n"
-     "in_progress: whether the index is being built.\n"
-     "progress: of indexing, in percent; stored as given."},
-    {"build_context_pack", keyword_function(build_context_pack), METH_VARARGS | METH_KEYWORDS,
-     "build_context_pack($self, /, task, token_budget=800, component_filter=None,\n"
-     "                   include_snippets=False, repo_root=None, prefer_kinds=None,\n"
-     "                   source_only=True, wide_match=False, deep_fqns=None, seed_symbols=None)\n--\n\n"
-     "Build the ContextPack of a coding task, a topic or a list of names.\n\n"
-     "task: the text, as the tokenizer functions and the retriever take it.\n"
-     "token_budget: the tokens the pack may cost, with 5 % above. An item that does not fit is left out.\n"
-     "component_filter: the name of a component; only symbols of its files enter the pack.\n"
-     "include_snippets: cut code snippets; needs repo_root.\n"
-     "repo_root: the directory, a str or os.PathLike, that the index's paths are relative to.\n"
-     "prefer_kinds: kinds of symbols to weigh up.\n"
-     "source_only: keyword search leaves out documentation and data files.\n"
-     "wide_match: keywords match inside names, not only whole names.\n"
-     "deep_fqns: fully qualified names of symbols whose whole body is cut.\n"
-     "seed_symbols: symbols that lead the pack, in this order; given, the retriever is not asked.\n\n"
-     "Raises ValueError, 'Unknown component: ' and the name, when the index has no such component.\n"
-     "What a collaborator raises comes through, except a failed look-up of covering tests: that is\n"
-     "logged and becomes one of the pack's notes."}};
+auto methods = std::to_array<PyMethodDef>(
+    {{"__init__", keyword_function(init), METH_VARARGS | METH_KEYWORDS,
+      "__init__($self, /, repository, retriever=None, *, list_tests=False)\n--\n\n"
+      "Set the fields; ask nothing and check nothing.\n\n"
+      "repository: the index that every query goes to.\n"
+      "retriever: ranks the symbols of a task; None: no seeds but the caller's.\n"
+      "list_tests: whether packs list the test files of their first source files."},
+     {"set_indexing_status", keyword_function(set_indexing_status), METH_VARARGS | METH_KEYWORDS,
+      "set_indexing_status($self, /, in_progress, progress=100)\n--\n\n"
+      "Set the status that packs built from now on carry.\n\n"
+      "in_progress: whether the index is being built.\n"
+      "progress: of indexing, in percent; stored as given."},
+     {"build_context_pack", keyword_function(build_context_pack), METH_VARARGS | METH_KEYWORDS,
+      "build_context_pack($self, /, task, token_budget=800, component_filter=None,\n"
+      "                   include_snippets=False, repo_root=None, prefer_kinds=None,\n"
+      "                   source_only=True, wide_match=False, deep_fqns=None, seed_symbols=None)\n--\n\n"
+      "Build the ContextPack of a coding task, a topic or a list of names.\n\n"
+      "task: the text, as the tokenizer functions and the retriever take it.\n"
+      "token_budget: the tokens the pack may cost, with 5 % above. An item that does not fit is left out.\n"
+      "component_filter: the name of a component; only symbols of its files enter the pack.\n"
+      "include_snippets: cut code snippets; needs repo_root.\n"
+      "repo_root: the directory, a str or os.PathLike, that the index's paths are relative to.\n"
+      "prefer_kinds: kinds of symbols to weigh up.\n"
+      "source_only: keyword search leaves out documentation and data files.\n"
+      "wide_match: keywords match inside names, not only whole names.\n"
+      "deep_fqns: fully qualified names of symbols whose whole body is cut.\n"
+      "seed_symbols: symbols that lead the pack, in this order; given, the retriever is not asked.\n\n"
+      "Raises ValueError, 'Unknown component: ' and the name, when the index has no such component.\n"
+      "What a collaborator raises comes through, except a failed look-up of covering tests: that is\n"
+      "logged and becomes one of the pack's notes."}});
 
 template <class Values>
 py::dict kind_table(const Values& values) {

@@ -1,5 +1,7 @@
 #include "covering_tests.h"
 
+#include <array>
+
 #include "arguments.h"
 #include "platform.h"
 
@@ -99,18 +101,18 @@ PyObject* of(PyObject* self, PyObject* arguments, PyObject* keywords) {
   });
 }
 
-PyMethodDef methods[] = {
-    {"look_up", keyword_function(look_up), METH_VARARGS | METH_KEYWORDS,
-     "look_up($self, /, paths)\n--\n\n"
-     "Find the tests of the source files among `paths` that were not looked up yet, in one query.\n\n"
-     "paths: repository paths; None and '' are passed over.\n\n"
-     "The answers land in `found`. An error of the index is logged and sets `failed`; errors of the\n"
-     "records that it answers are raised."},
-    {"of", keyword_function(of), METH_VARARGS | METH_KEYWORDS,
-     "of($self, /, path)\n--\n\n"
-     "Return the tests of one file, best first: the list that `found` holds.\n\n"
-     "path: a repository path, looked up if it was not; None and '' have no tests.\n\n"
-     "The list is empty for a test file, and for every file once a lookup has failed."}};
+auto methods = std::to_array<PyMethodDef>(
+    {{"look_up", keyword_function(look_up), METH_VARARGS | METH_KEYWORDS,
+      "look_up($self, /, paths)\n--\n\n"
+      "Find the tests of the source files among `paths` that were not looked up yet, in one query.\n\n"
+      "paths: repository paths; None and '' are passed over.\n\n"
+      "The answers land in `found`. An error of the index is logged and sets `failed`; errors of the\n"
+      "records that it answers are raised."},
+     {"of", keyword_function(of), METH_VARARGS | METH_KEYWORDS,
+      "of($self, /, path)\n--\n\n"
+      "Return the tests of one file, best first: the list that `found` holds.\n\n"
+      "path: a repository path, looked up if it was not; None and '' have no tests.\n\n"
+      "The list is empty for a test file, and for every file once a lookup has failed."}});
 
 }  // namespace
 

@@ -25,7 +25,7 @@ void set_error(PyObject* type, std::string_view message) noexcept {
 void Raised::restore() const noexcept {
   PyObject* exception = exception_.ptr();
   Py_INCREF(exception);
-  PyObject* type = reinterpret_cast<PyObject*>(Py_TYPE(exception));
+  auto* type = reinterpret_cast<PyObject*>(Py_TYPE(exception));
   Py_INCREF(type);
   PyErr_Restore(type, exception, PyException_GetTraceback(exception));
 }

@@ -58,7 +58,7 @@ PyObject* get_attribute(PyObject* /*module*/, PyObject* name) {
   });
 }
 
-PyMethodDef functions[] = {
+PyMethodDef functions[] = {  // NOLINT(*-avoid-c-arrays): the interpreter's type, ended by a null
     {"task_keywords", keyword_function(task_keywords), METH_VARARGS | METH_KEYWORDS,
      "task_keywords($module, /, task)\n--\n\n"
      "Return the words of a task that symbol names are matched against, each once.\n\n"
@@ -112,6 +112,7 @@ int execute(PyObject* module) {
   return 0;
 }
 
+// NOLINTNEXTLINE(*-avoid-c-arrays): as above
 PyModuleDef_Slot slots[] = {{Py_mod_create, reinterpret_cast<void*>(create)},
                             {Py_mod_exec, reinterpret_cast<void*>(execute)},
                             {0, nullptr}};

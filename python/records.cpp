@@ -1,5 +1,7 @@
 #include "records.h"
 
+#include <array>
+
 #include "covering_tests.h"
 #include "module.h"
 #include "types.h"
@@ -18,13 +20,13 @@ PyObject* to_dict(PyObject* self, PyObject* /*unused*/) {
   return at_border([&] { return pack_dict(self); });
 }
 
-PyMethodDef pack_methods[] = {
-    {"to_dict", to_dict, METH_NOARGS,
-     "to_dict($self, /)\n--\n\n"
-     "Return the pack as a new dict, in the order in which it is serialised as JSON.\n\n"
-     "The keys are 'symbols', 'files', 'tests', 'recommendations', 'notes' (only when\n"
-     "there is one), 'tokens_used', 'indexing_in_progress' and 'progress'. The lists are\n"
-     "the pack's own: a change made through the dict changes the pack."}};
+auto pack_methods = std::to_array<PyMethodDef>(
+    {{"to_dict", to_dict, METH_NOARGS,
+      "to_dict($self, /)\n--\n\n"
+      "Return the pack as a new dict, in the order in which it is serialised as JSON.\n\n"
+      "The keys are 'symbols', 'files', 'tests', 'recommendations', 'notes' (only when\n"
+      "there is one), 'tokens_used', 'indexing_in_progress' and 'progress'. The lists are\n"
+      "the pack's own: a change made through the dict changes the pack."}});
 
 py::object new_row(const TestRow& row) {
   py::object dict = new_dict();

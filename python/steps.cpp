@@ -4,6 +4,8 @@
 #include "covering_tests.h"
 #include "records.h"
 
+#include <array>
+
 namespace tarnwick::python {
 namespace {
 
@@ -243,97 +245,97 @@ PyObject* generate_recommendations(PyObject* self, PyObject* arguments, PyObject
 
 constexpr int KEYWORDS = METH_VARARGS | METH_KEYWORDS;
 
-PyMethodDef methods[] = {
-    {"_component_files", keyword_function(component_files), KEYWORDS,
-     "_component_files($self, /, component_filter)\n--\n\n"
-     "Return the set of the ids of a component's files; None without a filter.\n\n"
-     "component_filter: the component's name; None and '' filter nothing.\n\n"
-     "Raises ValueError for an unknown component."},
-    {"_get_candidate_symbols", keyword_function(get_candidate_symbols), KEYWORDS,
-     "_get_candidate_symbols($self, /, keywords, component_filter, source_only=True, "
-     "wide_match=False)\n--\n\n"
-     "Return the symbols whose names the first ten keywords match, each once.\n\n"
-     "keywords: the words to search.\n"
-     "component_filter: the name of a component, to whose files the search is confined; None and '' for "
-     "none.\n"
-     "source_only: leave out documentation and data files.\n"
-     "wide_match: match inside names, not only whole names."},
-    {"_retrieved", keyword_function(retrieved), KEYWORDS,
-     "_retrieved($self, /, retriever, task, include_tests, limit, prefer_kinds)\n--\n\n"
-     "Return the symbols that the retriever ranks for a task, best first, and its note.\n\n"
-     "retriever: the retriever to ask.\n"
-     "task: the task, as asked.\n"
-     "include_tests: whether symbols of test files are ranked.\n"
-     "limit: the most hits to ask for.\n"
-     "prefer_kinds: kinds to weigh up, or None."},
-    {"_calculate_name_match", keyword_function(calculate_name_match), KEYWORDS,
-     "_calculate_name_match($self, /, symbol, keywords)\n--\n\n"
-     "Return how well the best keyword matches a symbol's names: 1.0, 0.8, 0.6, 0.4 or 0.0.\n\n"
-     "symbol: the symbol, of which name and fqn are read.\n"
-     "keywords: the words to match."},
-    {"_calculate_relevance_score", keyword_function(calculate_relevance_score), KEYWORDS,
-     "_calculate_relevance_score($self, /, symbol, keywords, prefer_kinds=None)\n--\n\n"
-     "Return the relevance score of a symbol, from 0.0 to 3.0.\n\n"
-     "symbol: the symbol to score.\n"
-     "keywords: the words to match.\n"
-     "prefer_kinds: kinds to weigh up, or None."},
-    {"_rank_symbols", keyword_function(rank_symbols), KEYWORDS,
-     "_rank_symbols($self, /, candidates, keywords, include_tests=False, prefer_kinds=None, "
-     "seed_rank=None)\n--\n\n"
-     "Return the candidates as a list of RankedSymbol, best first.\n\n"
-     "candidates: the symbols to rank.\n"
-     "keywords: the task's keywords.\n"
-     "include_tests: whether symbols of test files stay.\n"
-     "prefer_kinds: kinds to weigh up, or None.\n"
-     "seed_rank: positions of the seeds by symbol id, or None."},
-    {"_extract_snippet", keyword_function(extract_snippet), KEYWORDS,
-     "_extract_snippet($self, /, file_path, start_line, end_line, total_lines_so_far, max_lines=50, "
-     "total_cap=500)\n--\n\n"
-     "Return the lines of a file as a text, or None, and how many they are.\n\n"
-     "file_path: the file, a str or os.PathLike.\n"
-     "start_line: the first line, from 1.\n"
-     "end_line: the last line, inclusive.\n"
-     "total_lines_so_far: snippet lines already in the pack.\n"
-     "max_lines: the most lines of this snippet.\n"
-     "total_cap: the most snippet lines of the pack."},
-    {"_build_pack", keyword_function(build_pack), KEYWORDS,
-     "_build_pack($self, /, ranked, max_tokens, include_snippets=False, repo_root=None, deep_fqns=None, "
-     "deep_max_lines=200)\n--\n\n"
-     "Return the ContextPack of a ranking.\n\n"
-     "ranked: the ranking, best first.\n"
-     "max_tokens: the ceiling of the pack's cost.\n"
-     "include_snippets: whether to cut snippets.\n"
-     "repo_root: the directory that paths are relative to, or None.\n"
-     "deep_fqns: symbols whose snippets may be longer, or None.\n"
-     "deep_max_lines: the most lines of those."},
-    {"_tested_sources", keyword_function(tested_sources), KEYWORDS,
-     "_tested_sources($self, /, ranked)\n--\n\n"
-     "Return the paths of the first source files of a ranking, each once.\n\n"
-     "ranked: the ranking, best first."},
-    {"_test_rows", keyword_function(test_rows), KEYWORDS,
-     "_test_rows($self, /, sources, tests)\n--\n\n"
-     "Return the rows of the sources' tests, each with its cost in tokens.\n\n"
-     "sources: paths of source files.\n"
-     "tests: a _CoveringTests, or anything with its `of`."},
-    {"_extract_parameters", keyword_function(extract_parameters), KEYWORDS,
-     "_extract_parameters($self, /, docstring)\n--\n\n"
-     "Return the parameters that a docstring documents, as dicts, or None.\n\n"
-     "docstring: the text, in any of the styles Google, Sphinx, JSDoc and TypeDoc, or None."},
-    {"_get_related_symbols", keyword_function(get_related_symbols), KEYWORDS,
-     "_get_related_symbols($self, /, symbol, file_path, limit=3)\n--\n\n"
-     "Return other classes, functions and methods of a symbol's file, as dicts, or None.\n\n"
-     "symbol: the symbol.\n"
-     "file_path: the path of its file; without one there is nothing related.\n"
-     "limit: the most to return."},
-    {"_get_usage_example", keyword_function(get_usage_example), KEYWORDS,
-     "_get_usage_example($self, /, symbol)\n--\n\n"
-     "Return one line that shows how a symbol is used, or None.\n\n"
-     "symbol: the symbol."},
-    {"_generate_recommendations", keyword_function(generate_recommendations), KEYWORDS,
-     "_generate_recommendations($self, /, task, symbols)\n--\n\n"
-     "Return up to three hints for the reader of a pack.\n\n"
-     "task: the task, as asked.\n"
-     "symbols: the pack's entries."}};
+auto methods = std::to_array<PyMethodDef>(
+    {{"_component_files", keyword_function(component_files), KEYWORDS,
+      "_component_files($self, /, component_filter)\n--\n\n"
+      "Return the set of the ids of a component's files; None without a filter.\n\n"
+      "component_filter: the component's name; None and '' filter nothing.\n\n"
+      "Raises ValueError for an unknown component."},
+     {"_get_candidate_symbols", keyword_function(get_candidate_symbols), KEYWORDS,
+      "_get_candidate_symbols($self, /, keywords, component_filter, source_only=True, "
+      "wide_match=False)\n--\n\n"
+      "Return the symbols whose names the first ten keywords match, each once.\n\n"
+      "keywords: the words to search.\n"
+      "component_filter: the name of a component, to whose files the search is confined; None and '' for "
+      "none.\n"
+      "source_only: leave out documentation and data files.\n"
+      "wide_match: match inside names, not only whole names."},
+     {"_retrieved", keyword_function(retrieved), KEYWORDS,
+      "_retrieved($self, /, retriever, task, include_tests, limit, prefer_kinds)\n--\n\n"
+      "Return the symbols that the retriever ranks for a task, best first, and its note.\n\n"
+      "retriever: the retriever to ask.\n"
+      "task: the task, as asked.\n"
+      "include_tests: whether symbols of test files are ranked.\n"
+      "limit: the most hits to ask for.\n"
+      "prefer_kinds: kinds to weigh up, or None."},
+     {"_calculate_name_match", keyword_function(calculate_name_match), KEYWORDS,
+      "_calculate_name_match($self, /, symbol, keywords)\n--\n\n"
+      "Return how well the best keyword matches a symbol's names: 1.0, 0.8, 0.6, 0.4 or 0.0.\n\n"
+      "symbol: the symbol, of which name and fqn are read.\n"
+      "keywords: the words to match."},
+     {"_calculate_relevance_score", keyword_function(calculate_relevance_score), KEYWORDS,
+      "_calculate_relevance_score($self, /, symbol, keywords, prefer_kinds=None)\n--\n\n"
+      "Return the relevance score of a symbol, from 0.0 to 3.0.\n\n"
+      "symbol: the symbol to score.\n"
+      "keywords: the words to match.\n"
+      "prefer_kinds: kinds to weigh up, or None."},
+     {"_rank_symbols", keyword_function(rank_symbols), KEYWORDS,
+      "_rank_symbols($self, /, candidates, keywords, include_tests=False, prefer_kinds=None, "
+      "seed_rank=None)\n--\n\n"
+      "Return the candidates as a list of RankedSymbol, best first.\n\n"
+      "candidates: the symbols to rank.\n"
+      "keywords: the task's keywords.\n"
+      "include_tests: whether symbols of test files stay.\n"
+      "prefer_kinds: kinds to weigh up, or None.\n"
+      "seed_rank: positions of the seeds by symbol id, or None."},
+     {"_extract_snippet", keyword_function(extract_snippet), KEYWORDS,
+      "_extract_snippet($self, /, file_path, start_line, end_line, total_lines_so_far, max_lines=50, "
+      "total_cap=500)\n--\n\n"
+      "Return the lines of a file as a text, or None, and how many they are.\n\n"
+      "file_path: the file, a str or os.PathLike.\n"
+      "start_line: the first line, from 1.\n"
+      "end_line: the last line, inclusive.\n"
+      "total_lines_so_far: snippet lines already in the pack.\n"
+      "max_lines: the most lines of this snippet.\n"
+      "total_cap: the most snippet lines of the pack."},
+     {"_build_pack", keyword_function(build_pack), KEYWORDS,
+      "_build_pack($self, /, ranked, max_tokens, include_snippets=False, repo_root=None, deep_fqns=None, "
+      "deep_max_lines=200)\n--\n\n"
+      "Return the ContextPack of a ranking.\n\n"
+      "ranked: the ranking, best first.\n"
+      "max_tokens: the ceiling of the pack's cost.\n"
+      "include_snippets: whether to cut snippets.\n"
+      "repo_root: the directory that paths are relative to, or None.\n"
+      "deep_fqns: symbols whose snippets may be longer, or None.\n"
+      "deep_max_lines: the most lines of those."},
+     {"_tested_sources", keyword_function(tested_sources), KEYWORDS,
+      "_tested_sources($self, /, ranked)\n--\n\n"
+      "Return the paths of the first source files of a ranking, each once.\n\n"
+      "ranked: the ranking, best first."},
+     {"_test_rows", keyword_function(test_rows), KEYWORDS,
+      "_test_rows($self, /, sources, tests)\n--\n\n"
+      "Return the rows of the sources' tests, each with its cost in tokens.\n\n"
+      "sources: paths of source files.\n"
+      "tests: a _CoveringTests, or anything with its `of`."},
+     {"_extract_parameters", keyword_function(extract_parameters), KEYWORDS,
+      "_extract_parameters($self, /, docstring)\n--\n\n"
+      "Return the parameters that a docstring documents, as dicts, or None.\n\n"
+      "docstring: the text, in any of the styles Google, Sphinx, JSDoc and TypeDoc, or None."},
+     {"_get_related_symbols", keyword_function(get_related_symbols), KEYWORDS,
+      "_get_related_symbols($self, /, symbol, file_path, limit=3)\n--\n\n"
+      "Return other classes, functions and methods of a symbol's file, as dicts, or None.\n\n"
+      "symbol: the symbol.\n"
+      "file_path: the path of its file; without one there is nothing related.\n"
+      "limit: the most to return."},
+     {"_get_usage_example", keyword_function(get_usage_example), KEYWORDS,
+      "_get_usage_example($self, /, symbol)\n--\n\n"
+      "Return one line that shows how a symbol is used, or None.\n\n"
+      "symbol: the symbol."},
+     {"_generate_recommendations", keyword_function(generate_recommendations), KEYWORDS,
+      "_generate_recommendations($self, /, task, symbols)\n--\n\n"
+      "Return up to three hints for the reader of a pack.\n\n"
+      "task: the task, as asked.\n"
+      "symbols: the pack's entries."}});
 
 }  // namespace
 

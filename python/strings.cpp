@@ -20,11 +20,11 @@ py::object HostText::hold(py::object object) {
 py::object HostText::hold_path(py::object path) {
   object_ = std::move(path);
   if (PyUnicode_Check(object_.ptr()) != 0) return show_string(object_);
-  py::object string = asked([&] { return PyOS_FSPath(object_.ptr()); });
+  const py::object string = asked([&] { return PyOS_FSPath(object_.ptr()); });
   if (PyUnicode_Check(string.ptr()) == 0) {
     throw_new(PyExc_TypeError, "a path must be a str or an os.PathLike of one, not bytes");
   }
-  py::object bytes = show_string(string);
+  const py::object bytes = show_string(string);
   return bytes ? bytes : string;
 }
 
