@@ -82,8 +82,7 @@ std::vector<std::int64_t> search_paths(Connection& connection, const SearchWords
 std::unordered_map<std::string, double> word_weights(Connection& connection, const SearchWords& words) {
   connection.execute(
       "CREATE VIRTUAL TABLE IF NOT EXISTS temp.file_words USING fts5vocab ('main', 'file_search', 'row')");
-  const double files =
-      static_cast<double>(connection.number("SELECT count(*) FROM files WHERE skip IS NULL"));
+  const auto files = static_cast<double>(connection.number("SELECT count(*) FROM files WHERE skip IS NULL"));
   std::unordered_map<std::string, double> weights;
   for (const std::string& word : words.words) {
     SQLite::Statement& query = connection.prepare("SELECT doc FROM temp.file_words WHERE term = ?");
