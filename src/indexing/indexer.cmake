@@ -16,10 +16,6 @@ add_library(
   indexer_components.cpp
   indexer_skips.cpp
   tree_walk.cpp)
-if(TARNWICK_SANITIZE)
-  # A false alarm of GCC 12 about the insides of std::regex, which only instrumented code sets off.
-  set_source_files_properties(indexer_components.cpp PROPERTIES COMPILE_OPTIONS -Wno-maybe-uninitialized)
-endif()
 target_include_directories(tarnwick_indexer PUBLIC ${PROJECT_SOURCE_DIR}/src)
 target_link_libraries(
   tarnwick_indexer
