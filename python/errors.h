@@ -3,8 +3,6 @@
 
 #include <pybind11/pybind11.h>
 
-#include <cxxabi.h>
-
 #include <exception>
 
 namespace tarnwick::python {
@@ -71,7 +69,8 @@ template <class Call>
 auto until_exit(Call call) {
   try {
     return call();
-  } catch (const abi::__forced_unwind&) {
+  } catch (
+      ...) {  // the interpreter throws nothing else; that unwinding has no object, so no type is asked for
     stay_until_exit();
   }
 }
