@@ -2,6 +2,7 @@
 
 import json
 import os
+import shutil
 import signal
 import sqlite3
 import subprocess
@@ -118,14 +119,16 @@ def test_a_read_only_cache(shop):
     folder = shop.index_file().parent
     for path in [folder, *folder.iterdir()]:
         path.chmod(path.stat().st_mode & ~0o222)
-    # Root may write anywhere, so become somebody else, who can read everything here.
+    # Root may write anywhere, so become somebody else, who can read everything here, and the program too,
+    # wherever it was built.
+    program = shutil.copy(PROGRAM, shop.cache / "program")
     for path in [shop.root, *shop.root.rglob("*")]:
         path.chmod(path.stat().st_mode | (0o055 if path.is_dir() else 0o044))
     for path in (shop.root, shop.cache, *shop.root.parents):
         if path.is_relative_to("/tmp/pytest-of-root") or path == shop.cache:
             path.chmod(path.stat().st_mode | 0o011)
     user = {"user": 65534, "group": 65534, "extra_groups": []} if os.getuid() == 0 else {}
-    done = shop.run("context", "Cart", **user)
+    done = shop.run("context", "Cart", executable=program, **user)
     folder.chmod(0o755)
     assert (done.returncode, done.stdout) == (1, b""), done
     assert str(folder) in done.stderr.decode().splitlines()[0]
