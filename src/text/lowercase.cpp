@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <new>
 #include <stdexcept>
 
@@ -58,7 +59,18 @@ void lowercase_into(std::string_view text, std::string& out) {
 }
 
 std::int64_t length(std::string_view text) {
-  return std::count_if(text.begin(), text.end(), [](char byte) { return !is_continuation(byte); });
+  // Eight bytes at a time: a continuation byte is 10xxxxxx.
+  constexpr std::uint64_t low_bits = 0x0101010101010101U;
+  std::size_t continuations = 0;
+  std::size_t at = 0;
+  for (; at + sizeof(std::uint64_t) <= text.size(); at += sizeof(std::uint64_t)) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, text.data() + at, sizeof word);
+    continuations +=
+        ((word >> 7U & ~word >> 6U & low_bits) * low_bits) >> 56U;  // the product's top byte is the sum
+  }
+  for (; at < text.size(); ++at) continuations += is_continuation(text[at]) ? 1U : 0U;
+  return static_cast<std::int64_t>(text.size() - continuations);
 }
 
 }  // namespace tarnwick::text

@@ -64,6 +64,7 @@ std::string from_os(std::string_view bytes) {
 }
 
 std::string to_os(std::string_view text) {
+  if (ascii_prefix(text) == text.size()) return std::string(text);
   std::string bytes;
   bytes.reserve(text.size());
   for (std::size_t at = 0; at < text.size(); ++at) {

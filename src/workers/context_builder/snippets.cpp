@@ -28,69 +28,86 @@ class Descriptor {
   int value_;
 };
 
-/// Counts line ends as they are after folding: LF, CR LF and a lone CR are one each.
-class LineEnds {
- public:
-  void feed(std::string_view bytes) {
-    if (after_cr_ || bytes.find('\r') != std::string_view::npos) return feed_with_cr(bytes);
-    count_ += std::count(bytes.begin(), bytes.end(), '\n');
-  }
-  std::int64_t count() const { return count_; }
-
- private:
-  void feed_with_cr(std::string_view bytes) {
-    for (const char byte : bytes) {
-      if (byte == '\r' || (byte == '\n' && !after_cr_)) ++count_;
-      after_cr_ = byte == '\r';
-    }
-  }
-
-  std::int64_t count_ = 0;
-  bool after_cr_ = false;
-};
-
-/// The lines at the head of a text: how many there are, and the bytes they take.
+/// How many line ends stand at the head of some bytes, and the bytes up to the last of them.
 struct Lines {
-  std::int64_t count = 0;
+  std::int64_t ends = 0;
   std::size_t bytes = 0;
 };
 
-/// The first `limit` lines of `text`, or all of them when it has fewer.
-Lines first_lines(std::string_view text, std::int64_t limit) {
+/// The first `limit` line ends of `bytes`: LF, CR LF and a lone CR are one each. Where there are fewer, the
+/// bytes are all.
+Lines first_lines(std::string_view bytes, std::int64_t limit) {
   Lines lines;
-  while (lines.count < limit && lines.bytes < text.size()) {
-    lines.bytes = std::min(text.find('\n', lines.bytes), text.size() - 1) + 1;
-    ++lines.count;
+  std::size_t lf = bytes.find('\n');
+  std::size_t cr = bytes.find('\r');
+  for (; lines.ends < limit; ++lines.ends) {
+    const std::size_t end = std::min(lf, cr);
+    if (end == std::string_view::npos) return {lines.ends, bytes.size()};
+    lines.bytes = end + (bytes.substr(end, 2) == "\r\n" ? 2 : 1);
+    if (lf < lines.bytes) lf = bytes.find('\n', lines.bytes);
+    if (cr < lines.bytes) cr = bytes.find('\r', lines.bytes);
   }
   return lines;
 }
+
+/// Takes lines `first` (from 0) to `first` + `limit` out of a file that comes in blocks.
+class LineRange {
+ public:
+  LineRange(std::int64_t first, std::int64_t limit) : to_skip_(first), to_take_(limit) {}
+
+  /// Whether nothing behind the blocks fed so far is in the range.
+  bool complete() const { return to_take_ == 0; }
+
+  void feed(std::string_view block) {
+    if (after_cr_ && block.starts_with('\n')) block.remove_prefix(1);  // its line ended in the block before
+    after_cr_ = block.ends_with('\r');
+    const Lines skipped = first_lines(block, to_skip_);
+    to_skip_ -= skipped.ends;
+    if (to_skip_ > 0) return;
+    block.remove_prefix(skipped.bytes);
+    const Lines taken = first_lines(block, to_take_);
+    to_take_ -= taken.ends;
+    lines_ += taken.ends;
+    bytes_ += block.substr(0, taken.bytes);
+  }
+
+  /// The bytes of the range, line ends as they are in the file.
+  const std::string& bytes() const { return bytes_; }
+  std::int64_t lines() const {
+    const bool unended = !bytes_.empty() && bytes_.back() != '\n' && bytes_.back() != '\r';
+    return lines_ + (unended ? 1 : 0);
+  }
+
+ private:
+  std::int64_t to_skip_;
+  std::int64_t to_take_;
+  std::int64_t lines_ = 0;
+  std::string bytes_;
+  bool after_cr_ = false;
+};
 
 bool is_regular(const struct stat& status) {
   return S_ISREG(status.st_mode);
 }
 
-/// The bytes of a regular file up to its line `last_line` at least; nothing for whatever cannot be read
-/// whole. No pipe or device is opened, since even that can block or do something.
-std::optional<std::string> read_lines(const std::string& path, std::int64_t last_line) {
+/// Reads a regular file as far as `range` needs it; false for whatever cannot be read that far. No pipe or
+/// device is opened, since even that can block or do something.
+bool read_into(LineRange& range, const std::string& path) {
   struct stat status {};
   if (path.find('\0') != std::string::npos || ::stat(path.c_str(), &status) != 0 || !is_regular(status)) {
-    return std::nullopt;
+    return false;
   }
   const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   // Between the two calls something else may have taken the name.
-  if (file.value() < 0 || ::fstat(file.value(), &status) != 0 || !is_regular(status)) return std::nullopt;
-  std::string bytes;
+  if (file.value() < 0 || ::fstat(file.value(), &status) != 0 || !is_regular(status)) return false;
   std::array<char, 1U << 16U> block;  // NOLINT(*-member-init): filling it would cost as much as reading
-  LineEnds line_ends;
-  while (line_ends.count() < last_line) {
+  while (!range.complete()) {
     const ssize_t size = ::read(file.value(), block.data(), block.size());
-    if (size < 0) return std::nullopt;
+    if (size < 0) return false;
     if (size == 0) break;
-    const std::string_view read(block.data(), static_cast<std::size_t>(size));
-    bytes += read;
-    line_ends.feed(read);
+    range.feed({block.data(), static_cast<std::size_t>(size)});
   }
-  return bytes;
+  return true;
 }
 
 }  // namespace
@@ -101,16 +118,14 @@ ContextBuilder::Snippet ContextBuilder::_extract_snippet(const Text& file_path, 
                                                          std::int64_t max_lines, std::int64_t total_cap) {
   const std::int64_t remaining_lines = subtract_saturated(total_cap, total_lines_so_far);
   if (remaining_lines <= 0) return {};
-  const std::optional<std::string> bytes = read_lines(text::to_os(file_path), end_line);
-  if (!bytes) return {};
-  const std::string content = text::decode_file(*bytes);
-
-  const std::int64_t start = std::max<std::int64_t>(0, subtract_saturated(start_line, 1));
-  const std::string_view rest = std::string_view(content).substr(first_lines(content, start).bytes);
-  const Lines range =
-      first_lines(rest, std::min({subtract_saturated(end_line, start), max_lines, remaining_lines}));
-  if (range.count == 0) return {};
-  return {Text(text::trim_end(rest.substr(0, range.bytes))), range.count};
+  const std::int64_t first = std::max<std::int64_t>(0, subtract_saturated(start_line, 1));
+  const std::int64_t limit = std::min({subtract_saturated(end_line, first), max_lines, remaining_lines});
+  if (limit <= 0) return {};
+  LineRange range(first, limit);
+  if (!read_into(range, text::to_os(file_path)) || range.lines() == 0) return {};
+  // No character spans a line end, so the range decodes as it does within the file.
+  const std::string content = text::decode_file(range.bytes());
+  return {Text(text::trim_end(content)), range.lines()};
 }
 
 }  // namespace tarnwick
