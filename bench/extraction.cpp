@@ -9,6 +9,7 @@
 #include <iomanip>
 #include <iostream>
 #include <map>
+#include <memory>
 #include <sstream>
 #include <string>
 
@@ -46,12 +47,10 @@ std::string read(const fs::path& path) {
 }
 
 void parse(const Language& language, const std::string& text) {
-  TSParser* parser = ts_parser_new();
-  ts_parser_set_language(parser, language.grammar());
-  TSTree* tree =
-      ts_parser_parse_string(parser, nullptr, text.data(), static_cast<std::uint32_t>(text.size()));
-  ts_tree_delete(tree);
-  ts_parser_delete(parser);
+  static const std::unique_ptr<TSParser, void (*)(TSParser*)> parser(ts_parser_new(), ts_parser_delete);
+  ts_parser_set_language(parser.get(), language.grammar());
+  ts_tree_delete(
+      ts_parser_parse_string(parser.get(), nullptr, text.data(), static_cast<std::uint32_t>(text.size())));
 }
 
 void measure(const fs::path& path, std::map<std::string_view, Sums>& sums) {

@@ -88,13 +88,12 @@ std::vector<SourceFile> indexed_files(const Copy& copy) {
   return files;
 }
 
-void parse(const SourceFile& file) {
+void parse(TSParser* parser, const SourceFile& file) {
   const std::string text = storage::decode_source(storage::read_regular_file(file.path).bytes);
   if (file.language == nullptr || file.language->grammar == nullptr) return;
-  const std::unique_ptr<TSParser, void (*)(TSParser*)> parser(ts_parser_new(), ts_parser_delete);
-  ts_parser_set_language(parser.get(), file.language->grammar());
+  ts_parser_set_language(parser, file.language->grammar());
   ts_tree_delete(
-      ts_parser_parse_string(parser.get(), nullptr, text.data(), static_cast<std::uint32_t>(text.size())));
+      ts_parser_parse_string(parser, nullptr, text.data(), static_cast<std::uint32_t>(text.size())));
 }
 
 void parse_all(const std::vector<SourceFile>& files) {
@@ -102,7 +101,8 @@ void parse_all(const std::vector<SourceFile>& files) {
   std::vector<std::jthread> threads;
   for (unsigned i = 0; i < std::max(1U, std::thread::hardware_concurrency()); ++i) {
     threads.emplace_back([&] {
-      for (std::size_t at = next++; at < files.size(); at = next++) parse(files[at]);
+      const std::unique_ptr<TSParser, void (*)(TSParser*)> parser(ts_parser_new(), ts_parser_delete);
+      for (std::size_t at = next++; at < files.size(); at = next++) parse(parser.get(), files[at]);
     });
   }
 }

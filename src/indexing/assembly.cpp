@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <functional>
 #include <string>
 #include <unordered_set>
 
@@ -111,6 +112,10 @@ class Assembler {
     merge_definitions();
     wrap_definitions();
     merge_uses();
+    // What is imported together comes in the order of the text, by whatever pattern it was found.
+    std::ranges::stable_sort(raw_.imports, std::less<>(), [](const auto& each) {
+      return (!each.name.empty() ? each.name : !each.alias.empty() ? each.alias : each.module).data();
+    });
     for (const auto& event : events()) {
       while (stack_.back().range.end <= event.range.start) stack_.pop_back();
       handle(event);

@@ -23,8 +23,10 @@ add_library(
   languages.cpp
   module_path.cpp
   query.cpp
+  query_patterns.cpp
   signature.cpp
   source_extractor.cpp
+  syntax_tree.cpp
   test_paths.cpp
   ${CMAKE_CURRENT_BINARY_DIR}/query_texts.cpp)
 target_include_directories(tarnwick_extraction PUBLIC ${PROJECT_SOURCE_DIR}/src PRIVATE ${PROJECT_SOURCE_DIR}/include)

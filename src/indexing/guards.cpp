@@ -1,7 +1,7 @@
 #include "indexing/guards.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <cstddef>
 
 namespace tarnwick::indexing {
 
@@ -10,8 +10,6 @@ namespace {
 constexpr int MAX_NESTING = 4000;
 constexpr int MAX_COMMENTS = 60'000;
 constexpr int MAX_UNCLOSED_ANGLES = 30'000;
-constexpr int MAX_TREE_DEPTH = 10'000;
-constexpr std::uint32_t MAX_CHILDREN_OF_ERROR = 5'000;
 constexpr std::size_t MAX_LINE_BYTES = 64 << 10;
 
 bool opens_comment(std::string_view text, std::size_t at) {
@@ -19,11 +17,6 @@ bool opens_comment(std::string_view text, std::size_t at) {
   const char next = at + 1 < text.size() ? text[at + 1] : '\0';
   return c == '#' || (c == '/' && (next == '/' || next == '*')) || (c == '-' && next == '-') ||
          (c == '\\' && next == '\n');
-}
-
-bool is_wide_error(TSNode node) {
-  return ts_node_child_count(node) > MAX_CHILDREN_OF_ERROR &&
-         ts_node_symbol(node) == static_cast<TSSymbol>(-1);
 }
 
 }  // namespace
@@ -66,35 +59,6 @@ bool is_parsable(std::string_view text) {
     }
   }
   return true;
-}
-
-bool is_walkable(const TSTree& tree, std::chrono::steady_clock::time_point deadline) {
-  constexpr std::size_t NODES_PER_LOOK = 1024;
-  constexpr std::uint32_t HARMLESS_BYTES = 64 << 10;
-  constexpr std::uint32_t HARMLESS_ERROR_BYTES = 16 << 10;
-  const TSNode root = ts_tree_root_node(&tree);
-  const bool has_error = ts_node_has_error(root);
-  // A node takes a byte or more: even the worst tree of a short text costs little.
-  if (ts_node_end_byte(root) < (has_error ? HARMLESS_ERROR_BYTES : HARMLESS_BYTES)) return true;
-  TSTreeCursor cursor = ts_tree_cursor_new(root);
-  int depth = 0;
-  bool walkable = true;
-  for (std::size_t count = 1; walkable; ++count) {
-    const bool too_wide = has_error && is_wide_error(ts_tree_cursor_current_node(&cursor));
-    if (ts_tree_cursor_goto_first_child(&cursor)) {
-      ++depth;
-    } else {
-      while (depth > 0 && !ts_tree_cursor_goto_next_sibling(&cursor)) {
-        ts_tree_cursor_goto_parent(&cursor);
-        --depth;
-      }
-      if (depth == 0) break;
-    }
-    if (count % NODES_PER_LOOK == 0) walkable = std::chrono::steady_clock::now() <= deadline;
-    walkable = walkable && depth <= MAX_TREE_DEPTH && !too_wide;
-  }
-  ts_tree_cursor_delete(&cursor);
-  return walkable;
 }
 
 }  // namespace tarnwick::indexing

@@ -1,12 +1,9 @@
 #include "indexing/query.h"
 
 #include <algorithm>
-#include <array>
+#include <memory>
 #include <mutex>
-#include <optional>
-#include <span>
-#include <stdexcept>
-#include <utility>
+#include <string>
 
 #include "indexing/words.h"
 
@@ -14,142 +11,135 @@ namespace tarnwick::indexing {
 
 namespace {
 
-constexpr auto ROLES = std::to_array<std::pair<std::string_view, Role>>({
-    {"name", Role::NAME},
-    {"qualifier", Role::QUALIFIER},
-    {"body", Role::BODY},
-    {"export", Role::EXPORT},
-    {"hidden", Role::HIDDEN},
-    {"import", Role::IMPORT},
-    {"module", Role::MODULE},
-    {"alias", Role::ALIAS},
-    {"package", Role::PACKAGE},
-    {"comment", Role::COMMENT},
-    {"attribute", Role::ATTRIBUTE},
-    {"attribute.doc", Role::ATTRIBUTE_DOC},
-    {"docstring", Role::DOCSTRING},
-    {"wrapper", Role::WRAPPER},
-    {"wrapped", Role::WRAPPED},
-    {"access.public", Role::ACCESS_PUBLIC},
-    {"access.private", Role::ACCESS_PRIVATE},
-    {"export.name", Role::EXPORTED_NAME},
-});
+using Clock = std::chrono::steady_clock;
 
-constexpr auto KINDED_ROLES = std::to_array<std::pair<std::string_view, Role>>({
-    {"definition.", Role::DEFINITION},
-    {"scope.", Role::SCOPE},
-    {"reference.", Role::USE},
-});
-
-std::optional<Capture> capture_named(std::string_view name) {
-  if (name.starts_with('_')) return Capture{};
-  for (const auto& [known, role] : ROLES)
-    if (name == known) return Capture{role, {}};
-  for (const auto& [prefix, role] : KINDED_ROLES)
-    if (name.starts_with(prefix)) return Capture{role, std::string(name.substr(prefix.size()))};
-  return std::nullopt;
+bool fits(const Step& step, const SyntaxNode& node) {
+  if (step.field != 0 && step.field != node.field) return false;
+  if (step.symbols.empty()) return !step.named || node.is_named;
+  return std::ranges::find(step.symbols, node.symbol) != step.symbols.end();
 }
 
-constexpr auto OPTIONS = std::to_array<std::pair<std::string_view, bool PatternOptions::*>>({
-    {"only-documented", &PatternOptions::only_documented},
-    {"only-in-header", &PatternOptions::only_in_header},
-    {"only-at-top", &PatternOptions::only_at_top},
-    {"declaration", &PatternOptions::declaration},
-    {"exclusive", &PatternOptions::exclusive},
-});
-
-[[noreturn]] void refuse(std::string_view name, const std::string& reason) {
-  throw std::invalid_argument("Query of the language " + std::string(name) + ": " + reason);
+bool holds(const Step& step, std::string_view node) {
+  return std::ranges::all_of(step.predicates, [&](const Step::Predicate& predicate) {
+    return (std::ranges::find(predicate.values, node) != predicate.values.end()) == predicate.wanted;
+  });
 }
 
-std::string_view reason_of(TSQueryError error) {
-  switch (error) {
-    case TSQueryErrorNodeType:
-      return "no such node";
-    case TSQueryErrorField:
-      return "no such field";
-    case TSQueryErrorCapture:
-      return "no such capture";
-    case TSQueryErrorStructure:
-      return "a pattern that nothing fits";
-    case TSQueryErrorLanguage:
-      return "a language of another ABI";
-    default:
-      return "syntax error";
+/// Tries forms at nodes: a search over the choices of a node for each step, the first choice first.
+class Matcher {
+ public:
+  Matcher(const SyntaxTree& tree, std::string_view text, Clock::time_point deadline)
+      : tree_(tree), text_(text), deadline_(deadline) {}
+
+  /// Calls `emit` with the captures of each match of `form` whose root is at `root`; how many there were.
+  template <class Emit>
+  std::size_t match(const Form& form, std::uint32_t root, const Emit& emit) {
+    if (!is_acceptable(form.steps.front(), root)) return 0;
+    places_.assign(form.steps.size(), root);
+    return choose(form, 1, emit);
   }
-}
+
+  bool out_of_time() const { return out_of_time_; }
+
+  /// Counts a step of work, and now and then looks at the clock.
+  bool tick() {
+    constexpr std::uint32_t TICKS_PER_LOOK = 1 << 14;
+    if (++ticks_ % TICKS_PER_LOOK == 0) out_of_time_ = out_of_time_ || Clock::now() > deadline_;
+    return !out_of_time_;
+  }
+
+ private:
+  bool is_acceptable(const Step& step, std::uint32_t place) const {
+    const SyntaxNode& node = tree_[place];
+    if (!fits(step, node) || !holds(step, node.in(text_))) return false;
+    if (step.absent.empty()) return true;
+    for (std::uint32_t child = place + 1; child < node.after; child = tree_[child].after)
+      if (std::ranges::find(step.absent, tree_[child].field) != step.absent.end()) return false;
+    return true;
+  }
+
+  bool is_last(std::uint32_t place, std::uint32_t parent) const {
+    for (place = tree_[place].after; place < tree_[parent].after; place = tree_[place].after)
+      if (tree_[place].is_named) return false;
+    return true;
+  }
+
+  template <class Emit>
+  std::size_t choose(const Form& form, std::size_t number, const Emit& emit) {
+    if (number == form.steps.size()) return emit_captures(form, emit);
+    const Step& step = form.steps[number];
+    const std::uint32_t parent = places_[step.parent];
+    std::size_t count = 0;
+    for (auto place = first_choice(form, number); place < tree_[parent].after; place = tree_[place].after) {
+      if (!tick()) return count;
+      if (is_acceptable(step, place) && (!step.last || is_last(place, parent))) {
+        places_[number] = place;
+        count += choose(form, number + 1, emit);
+      }
+      if (step.adjacent && tree_[place].is_named) break;
+    }
+    return count;
+  }
+
+  /// Behind the sibling that an earlier step took, or the parent's first child.
+  std::uint32_t first_choice(const Form& form, std::size_t number) const {
+    const std::size_t parent = form.steps[number].parent;
+    for (std::size_t before = number - 1; before > parent; --before)
+      if (form.steps[before].parent == parent) return tree_[places_[before]].after;
+    return places_[parent] + 1;
+  }
+
+  template <class Emit>
+  std::size_t emit_captures(const Form& form, const Emit& emit) {
+    captured_.clear();
+    for (std::size_t i = 0; i < form.steps.size(); ++i)
+      for (const Capture* capture : form.steps[i].captures)
+        captured_.push_back({capture, &tree_[places_[i]]});
+    emit(captured_);
+    return 1;
+  }
+
+  const SyntaxTree& tree_;
+  std::string_view text_;
+  Clock::time_point deadline_;
+  std::uint32_t ticks_ = 0;
+  bool out_of_time_ = false;
+  std::vector<std::uint32_t> places_;  // of the node that each step took
+  std::vector<Captured> captured_;
+};
 
 }  // namespace
 
-Query::Query(const TSLanguage* grammar, std::string_view text, std::string_view name) {
-  std::uint32_t offset = 0;
-  TSQueryError error = TSQueryErrorNone;
-  query_.reset(ts_query_new(grammar, text.data(), static_cast<std::uint32_t>(text.size()), &offset, &error));
-  if (!query_) {
-    const auto before = text.substr(0, offset);
-    const auto line = 1 + std::ranges::count(before, '\n');
-    const auto rest = text.substr(offset);
-    refuse(name, "line " + std::to_string(line) + ": " + std::string(reason_of(error)) + " at '" +
-                     std::string(rest.substr(0, std::min<std::size_t>(rest.find('\n'), 40))) + "'");
-  }
-  read_captures(name);
-  for (std::uint32_t i = 0; i < ts_query_pattern_count(query_.get()); ++i) read_pattern(i, name);
-}
-
-void Query::read_captures(std::string_view name) {
-  for (std::uint32_t i = 0; i < ts_query_capture_count(query_.get()); ++i) {
-    std::uint32_t length = 0;
-    const char* text = ts_query_capture_name_for_id(query_.get(), i, &length);
-    auto capture = capture_named({text, length});
-    if (!capture) refuse(name, "no such capture: @" + std::string(text, length));
-    captures_.push_back(*std::move(capture));
-  }
-}
-
-void Query::read_pattern(std::uint32_t index, std::string_view name) {
-  auto& pattern = patterns_.emplace_back();
-  std::uint32_t count = 0;
-  const auto* first = ts_query_predicates_for_pattern(query_.get(), index, &count);
-  const auto word = [&](const TSQueryPredicateStep& step) {
-    std::uint32_t length = 0;
-    const char* text = ts_query_string_value_for_id(query_.get(), step.value_id, &length);
-    return std::string(text, length);
-  };
-  std::span steps(first, count);
-  while (!steps.empty()) {
-    const auto done = std::ranges::find(steps, TSQueryPredicateStepTypeDone, &TSQueryPredicateStep::type);
-    const auto size = static_cast<std::size_t>(done - steps.begin());
-    const auto predicate = steps.first(size);
-    steps = steps.subspan(size + 1);
-    const auto op = word(predicate[0]);
-    if (op == "set!" && size >= 2) {
-      const auto key = word(predicate[1]);
-      const auto* option = std::ranges::find(OPTIONS, key, [](const auto& each) { return each.first; });
-      if (option == OPTIONS.end()) refuse(name, "no such option: " + key);
-      pattern.options.*(option->second) = true;
-      continue;
+Query::Query(const TSLanguage* grammar, std::string_view text, std::string_view name)
+    : patterns_(read_patterns(grammar, text, name)) {
+  for (const Form& form : patterns_.forms) {
+    if (form.steps.front().symbols.empty()) of_any_symbol_.push_back(&form);
+    for (const std::size_t symbol : form.steps.front().symbols) {
+      if (symbol >= by_symbol_.size()) by_symbol_.resize(symbol + 1);
+      by_symbol_[symbol].push_back(&form);
     }
-    const bool known = op == "eq?" || op == "any-of?" || op == "not-eq?" || op == "not-any-of?";
-    if (!known || size < 3 || predicate[1].type != TSQueryPredicateStepTypeCapture)
-      refuse(name, "no such predicate: #" + op);
-    Predicate read{.capture = predicate[1].value_id, .values = {}, .wanted = !op.starts_with("not-")};
-    for (const auto& step : predicate.subspan(2)) {
-      if (step.type != TSQueryPredicateStepTypeString) refuse(name, "#" + op + " compares with texts only");
-      read.values.push_back(word(step));
-    }
-    pattern.predicates.push_back(std::move(read));
   }
 }
 
-bool Query::holds(const TSQueryMatch& match, std::string_view text) const {
-  const std::span captures(match.captures, match.capture_count);
-  return std::ranges::all_of(patterns_[match.pattern_index].predicates, [&](const Predicate& predicate) {
-    return std::ranges::all_of(captures, [&](const TSQueryCapture& capture) {
-      if (capture.index != predicate.capture) return true;
-      const auto value = text_of(capture.node, text);
-      return (std::ranges::find(predicate.values, value) != predicate.values.end()) == predicate.wanted;
-    });
-  });
+bool Query::run(const SyntaxTree& tree, std::string_view text, Clock::time_point deadline,
+                const std::function<void(const Match&)>& visit) const {
+  Matcher matcher(tree, text, deadline);
+  for (std::uint32_t root = 0; root < tree.size() && matcher.tick(); ++root) {
+    std::uint32_t pattern = 0;
+    std::size_t count = 0;  // of the pattern's matches here
+    const auto try_form = [&](const Form* form) {
+      if (form->pattern != pattern) count = 0;
+      pattern = form->pattern;
+      if (form->without && count > 0) return;
+      count += matcher.match(*form, root, [&](const std::vector<Captured>& captured) {
+        visit({pattern, patterns_.options[pattern], captured});
+      });
+    };
+    const std::size_t symbol = tree[root].symbol;
+    if (symbol < by_symbol_.size()) std::ranges::for_each(by_symbol_[symbol], try_form);
+    std::ranges::for_each(of_any_symbol_, try_form);
+  }
+  return !matcher.out_of_time();
 }
 
 const Query* query_of(const Language& language) {

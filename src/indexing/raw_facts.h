@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "indexing/query.h"
+#include "indexing/query_patterns.h"
 
 namespace tarnwick::indexing {
 

@@ -17,7 +17,9 @@
 (static_item (visibility_modifier)? @export name: (identifier) @name) @definition.variable
 (mod_item (visibility_modifier)? @export name: (identifier) @name body: (_) @body) @definition.module
 (macro_definition name: (identifier) @name "{"? @body) @definition.function
-((attribute_item (attribute (identifier) @_macro)) . (macro_definition name: (identifier) @name) @definition.function @export
+(source_file (attribute_item (attribute (identifier) @_macro)) . (macro_definition name: (identifier) @name) @definition.function @export
+  (#eq? @_macro "macro_export"))
+(declaration_list (attribute_item (attribute (identifier) @_macro)) . (macro_definition name: (identifier) @name) @definition.function @export
   (#eq? @_macro "macro_export"))
 
 (impl_item !trait type: (_) @name) @scope.type
@@ -25,7 +27,7 @@
 (trait_item body: (declaration_list "{" @access.public))
 (enum_variant_list "{" @access.public)
 
-(mod_item body: (declaration_list . (inner_attribute_item)* . (line_comment (inner_doc_comment_marker)) @docstring))
+(mod_item body: (declaration_list . (inner_attribute_item)? . (line_comment (inner_doc_comment_marker)) @docstring))
 
 (call_expression function: (identifier) @reference.call)
 (call_expression function: (field_expression value: (_) @qualifier field: (field_identifier) @reference.call))
