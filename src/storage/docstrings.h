@@ -7,7 +7,7 @@
 namespace tarnwick::storage {
 
 /// Code points of documentation that an entry shows. Longer ones are cut: a pack of many symbols serves
-/// better than a few with essays, and the search index knows the whole text anyway.
+/// better than a few with essays, and the search knows the rest as words of the file.
 inline constexpr std::size_t DOCSTRING_LENGTH = 600;
 
 /// The beginning of `docstring`, cut behind the last sentence or line that ends within `length` code points,

@@ -62,14 +62,25 @@ std::vector<UseRow> fold(std::vector<indexing::Use> uses) {
 
 }  // namespace
 
+std::vector<SymbolTexts> texts_of(const std::vector<SymbolRow>& symbols) {
+  std::vector<SymbolTexts> texts;
+  texts.reserve(symbols.size());
+  for (const SymbolRow& symbol : symbols) {
+    texts.push_back({symbol.name, symbol.fqn, symbol.signature ? *symbol.signature : std::string_view(),
+                     symbol.docstring ? *symbol.docstring : std::string_view(), symbol.parent});
+  }
+  return texts;
+}
+
 FileRecord make_record(FileInfo info, indexing::FileFacts facts, std::string_view text) {
   if (facts.definitions.size() > MOST_ROWS) facts.definitions.resize(MOST_ROWS);
   FileRecord record;
-  record.words = search_text(info.path, text, facts);
-  record.packed_words = pack(record.words);
+  const FileWords words = words_of(text, facts.definitions);
+  record.packed_words = pack(words);
   record.symbols.reserve(facts.definitions.size());
   for (indexing::Definition& definition : facts.definitions)
     record.symbols.push_back(row_of(definition, info.path));
+  record.search = search_rows(words, info.path, texts_of(record.symbols));
   record.uses = fold(std::move(facts.uses));
   if (record.uses.size() > MOST_ROWS) record.uses.resize(MOST_ROWS);
   record.imports = std::move(facts.imports);

@@ -66,9 +66,12 @@ struct FileRecord {
   std::vector<SymbolRow> symbols;
   std::vector<UseRow> uses;
   std::vector<indexing::Import> imports;
-  FileWords words;
-  std::string packed_words;  ///< pack(words)
+  std::string packed_words;  ///< pack of the words of the text
+  SearchRows search;
 };
+
+/// What is searched of symbols, as views into them.
+std::vector<SymbolTexts> texts_of(const std::vector<SymbolRow>& symbols);
 
 /// Puts together what is stored of a file from its folded `text` and what extraction found in it. Depends on
 /// nothing else.

@@ -30,10 +30,7 @@ std::int64_t bytes_on_disk(const std::filesystem::path& file) {
 
 std::vector<LanguageStatus> languages(Connection& connection) {
   SQLite::Statement& query = connection.prepare(
-      "SELECT language, count(*), sum(has_error), sum((SELECT count(*) FROM symbols AS s "
-      "WHERE s.id BETWEEN f.id << 16 AND f.id << 16 | 65535)), sum((SELECT ifnull(sum(count), 0) FROM uses "
-      "AS u "
-      "WHERE u.id BETWEEN f.id << 16 AND f.id << 16 | 65535)) "
+      "SELECT language, count(*), sum(has_error), sum(symbols), sum(uses) "
       "FROM files AS f WHERE skip IS NULL GROUP BY language ORDER BY 2 DESC, 1");
   std::vector<LanguageStatus> rows;
   while (query.executeStep()) {

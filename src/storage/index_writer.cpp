@@ -1,12 +1,13 @@
 #include "storage/index_writer.h"
 
 #include <SQLiteCpp/VariadicBind.h>
-#include <xxhash.h>
 
 #include <functional>
+#include <numeric>
 #include <optional>
 
 #include "storage/import_keys.h"
+#include "storage/packed_uses.h"
 #include "storage/schema.h"
 #include "text/lowercase.h"
 
@@ -52,6 +53,7 @@ std::vector<StoredFile> IndexWriter::files() {
 void IndexWriter::clear() {
   connection_->execute(
       "DELETE FROM files; DELETE FROM components; DELETE FROM names; DELETE FROM symbols; DELETE FROM uses; "
+      "DELETE FROM used_names; "
       "DELETE FROM imports; DELETE FROM words; "
       "INSERT INTO symbol_search (symbol_search) VALUES ('delete-all'); "
       "INSERT INTO file_search (file_search) VALUES ('delete-all')");
@@ -63,12 +65,12 @@ std::int64_t IndexWriter::next_file_id() {
 }
 
 void IndexWriter::add(std::int64_t file_id, const FileRecord& record) {
-  add_info(file_id, record.info);
+  add_info(file_id, record);
   if (record.info.skip) return;
   add_symbols(file_id, record);
   add_uses(file_id, record);
   add_imports(file_id, record);
-  write_words(file_id, record.words, false);
+  write_search(file_id, record.search, false);
   SQLite::Statement& words = connection_->prepare("INSERT INTO words (file_id, words) VALUES (?, ?)");
   words.bind(1, file_id);
   words.bindNoCopy(2, record.packed_words.data(), static_cast<int>(record.packed_words.size()));
@@ -76,25 +78,28 @@ void IndexWriter::add(std::int64_t file_id, const FileRecord& record) {
 }
 
 void IndexWriter::remove(std::int64_t file_id) {
-  note_names(file_id);
-  SQLite::Statement& words = connection_->prepare("SELECT words FROM words WHERE file_id = ?");
-  words.bind(1, file_id);
-  if (words.executeStep()) {
-    const std::string packed = words.getColumn(0).getString();
-    words.reset();
-    write_words(file_id, unpack(packed), true);
-  }
-  words.reset();
-  for (const char* table : {"symbols", "uses", "imports"}) {
+  note_symbols(file_id);
+  remove_uses(file_id);
+  remove_search(file_id);
+  for (const char* table : {"symbols", "imports"}) {
     SQLite::Statement& statement = connection_->prepare(std::string("DELETE FROM ") + table + ROWS_OF_FILE);
     statement.bind(1, file_id);
     run(statement);
   }
-  for (const char* sql : {"DELETE FROM words WHERE file_id = ?", "DELETE FROM files WHERE id = ?"}) {
+  for (const char* sql : {"DELETE FROM uses WHERE file_id = ?", "DELETE FROM words WHERE file_id = ?",
+                          "DELETE FROM files WHERE id = ?"}) {
     SQLite::Statement& statement = connection_->prepare(sql);
     statement.bind(1, file_id);
     run(statement);
   }
+}
+
+void IndexWriter::remove_search(std::int64_t file_id) {
+  const std::string packed = blob("SELECT words FROM words WHERE file_id = ?", file_id);
+  if (packed.empty()) return;
+  const std::string path = blob("SELECT path FROM files WHERE id = ?", file_id);
+  const std::vector<SymbolRow> rows = symbols(file_id);
+  write_search(file_id, search_rows(unpack(packed), path, texts_of(rows)), true);
 }
 
 void IndexWriter::touch(std::int64_t file_id, const FileStat& stat) {
@@ -104,10 +109,11 @@ void IndexWriter::touch(std::int64_t file_id, const FileStat& stat) {
   run(update);
 }
 
-void IndexWriter::add_info(std::int64_t file_id, const FileInfo& info) {
+void IndexWriter::add_info(std::int64_t file_id, const FileRecord& record) {
+  const FileInfo& info = record.info;
   SQLite::Statement& insert = connection_->prepare(
       "INSERT INTO files (id, path, size, mtime_ns, stamp, hash, language, is_test, is_source, skip, lines, "
-      "has_error) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+      "has_error, symbols, uses) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
   insert.bind(1, file_id);
   insert.bindNoCopy(2, info.path);
   insert.bind(3, info.stat.size);
@@ -120,6 +126,9 @@ void IndexWriter::add_info(std::int64_t file_id, const FileInfo& info) {
   bind_optional(insert, 10, info.skip);
   insert.bind(11, info.lines);
   insert.bind(12, static_cast<int>(info.has_error));
+  insert.bind(13, static_cast<std::int64_t>(record.symbols.size()));
+  insert.bind(14, std::accumulate(record.uses.begin(), record.uses.end(), std::int64_t{0},
+                                  [](std::int64_t sum, const UseRow& use) { return sum + use.count; }));
   run(insert);
 }
 
@@ -149,21 +158,20 @@ void IndexWriter::add_symbols(std::int64_t file_id, const FileRecord& record) {
 }
 
 void IndexWriter::add_uses(std::int64_t file_id, const FileRecord& record) {
-  std::int64_t position = 0;
-  for (const UseRow& use : record.uses) {
-    const std::int64_t name = name_id(use.name);
-    SQLite::Statement& insert = connection_->prepare(
-        "INSERT INTO uses (id, name_id, qualifier, type, line, count, enclosing, is_test) "
-        "VALUES (?, ?, ?, ?, ?, ?, ?, ?)");
-    insert.bind(1, symbol_id(file_id, ++position));
-    insert.bind(2, name);
-    insert.bindNoCopy(3, use.qualifier);
-    insert.bind(4, use.type);
-    insert.bind(5, use.line);
-    insert.bind(6, use.count);
-    insert.bind(7, use.enclosing ? static_cast<std::int64_t>(*use.enclosing) + 1 : 0);
-    insert.bind(8, static_cast<int>(record.info.is_test));
-    run(insert);
+  if (record.uses.empty()) return;
+  std::vector<std::int64_t> names;
+  names.reserve(record.uses.size());
+  for (const UseRow& use : record.uses) names.push_back(name_id(use.name));
+  const std::string packed = pack(record.uses, names);
+  SQLite::Statement& insert = connection_->prepare("INSERT INTO uses (file_id, uses) VALUES (?, ?)");
+  insert.bind(1, file_id);
+  insert.bindNoCopy(2, packed.data(), static_cast<int>(packed.size()));
+  run(insert);
+  const PackedUses uses(packed);
+  for (const std::int64_t name : uses.names()) {
+    SQLite::Statement& use = connection_->prepare("INSERT INTO used_names (name_id, file_id) VALUES (?, ?)");
+    SQLite::bind(use, name, file_id);
+    run(use);
   }
 }
 
@@ -178,32 +186,49 @@ void IndexWriter::add_imports(std::int64_t file_id, const FileRecord& record) {
   }
 }
 
-void IndexWriter::write_words(std::int64_t file_id, const FileWords& words, bool remove) {
+void IndexWriter::write_search(std::int64_t file_id, const SearchRows& rows, bool remove) {
   SQLite::Statement& file = connection_->prepare(
       remove ? "INSERT INTO file_search (file_search, rowid, body, path) VALUES ('delete', ?, ?, ?)"
              : "INSERT INTO file_search (rowid, body, path) VALUES (?, ?, ?)");
   file.bind(1, file_id);
-  const std::string path = words.text(words.path);
-  file.bind(2, words.text(words.body));
-  file.bindNoCopy(3, path);
+  file.bindNoCopy(2, rows.body);
+  file.bindNoCopy(3, rows.path);
   run(file);
   std::int64_t position = 0;
-  for (const SymbolWords& symbol : words.symbols) {
+  for (const SearchRow& symbol : rows.symbols) {
     SQLite::Statement& row = connection_->prepare(
         remove ? "INSERT INTO symbol_search (symbol_search, rowid, body, name, scope, signature, docstring, "
-                 "path) "
-                 "VALUES ('delete', ?, ?, ?, ?, ?, ?, ?)"
+                 "path) VALUES ('delete', ?, ?, ?, ?, ?, ?, ?)"
                : "INSERT INTO symbol_search (rowid, body, name, scope, signature, docstring, path) "
                  "VALUES (?, ?, ?, ?, ?, ?, ?)");
     row.bind(1, symbol_id(file_id, ++position));
-    row.bind(2, words.text(symbol.body));
-    row.bind(3, words.text(symbol.name));
-    row.bind(4, words.text(symbol.scope));
-    row.bind(5, words.text(symbol.signature));
-    row.bind(6, words.text(symbol.docstring));
-    row.bindNoCopy(7, path);
+    int column = 1;
+    for (const std::string* text :
+         {&symbol.body, &symbol.name, &symbol.scope, &symbol.signature, &symbol.docstring, &rows.path}) {
+      row.bindNoCopy(++column, *text);
+    }
     run(row);
   }
+}
+
+std::vector<SymbolRow> IndexWriter::symbols(std::int64_t file_id) {
+  SQLite::Statement& query = connection_->prepare(
+      "SELECT n.name, s.fqn, s.signature, s.docstring, s.parent_id & 65535 FROM symbols "
+      "AS s JOIN names AS n ON n.id = s.name_id "
+      "WHERE s.id BETWEEN ?1 << 16 AND ?1 << 16 | 65535 ORDER BY s.id");
+  query.bind(1, file_id);
+  std::vector<SymbolRow> rows;
+  while (query.executeStep()) {
+    SymbolRow& row = rows.emplace_back();
+    row.name = query.getColumn(0).getString();
+    row.fqn = query.getColumn(1).getString();
+    row.signature = query.getColumn(2).getString();
+    row.docstring = query.getColumn(3).getString();
+    if (!query.getColumn(4).isNull())
+      row.parent = static_cast<std::size_t>(query.getColumn(4).getInt64() - 1);
+  }
+  query.reset();
+  return rows;
 }
 
 std::int64_t IndexWriter::name_id(const std::string& name) {
@@ -225,21 +250,39 @@ std::int64_t IndexWriter::name_id(const std::string& name) {
   return id;
 }
 
-void IndexWriter::note_names(std::int64_t file_id) {
-  for (const char* table : {"symbols", "uses"}) {
-    SQLite::Statement& query =
-        connection_->prepare(std::string("SELECT DISTINCT name_id FROM ") + table + ROWS_OF_FILE);
-    query.bind(1, file_id);
-    while (query.executeStep()) perhaps_unused_.insert(query.getColumn(0).getInt64());
-    query.reset();
+void IndexWriter::remove_uses(std::int64_t file_id) {
+  const std::string packed = blob("SELECT uses FROM uses WHERE file_id = ?", file_id);
+  if (packed.empty()) return;
+  const PackedUses uses(packed);
+  for (const std::int64_t name : uses.names()) {
+    perhaps_unused_.insert(name);
+    SQLite::Statement& use = connection_->prepare("DELETE FROM used_names WHERE name_id = ? AND file_id = ?");
+    SQLite::bind(use, name, file_id);
+    run(use);
   }
+}
+
+void IndexWriter::note_symbols(std::int64_t file_id) {
+  SQLite::Statement& query =
+      connection_->prepare(std::string("SELECT DISTINCT name_id FROM symbols") + ROWS_OF_FILE);
+  query.bind(1, file_id);
+  while (query.executeStep()) perhaps_unused_.insert(query.getColumn(0).getInt64());
+  query.reset();
+}
+
+std::string IndexWriter::blob(std::string_view sql, std::int64_t file_id) {
+  SQLite::Statement& query = connection_->prepare(sql);
+  query.bind(1, file_id);
+  std::string result = query.executeStep() ? query.getColumn(0).getString() : std::string();
+  query.reset();
+  return result;
 }
 
 void IndexWriter::drop_unused_names() {
   SQLite::Statement& drop = connection_->prepare(
       "DELETE FROM names WHERE id IN (SELECT value FROM json_each(?)) "
       "AND NOT EXISTS (SELECT 1 FROM symbols WHERE name_id = names.id) "
-      "AND NOT EXISTS (SELECT 1 FROM uses WHERE name_id = names.id)");
+      "AND NOT EXISTS (SELECT 1 FROM used_names WHERE name_id = names.id)");
   drop.bind(1, json_array(std::vector<std::int64_t>(perhaps_unused_.begin(), perhaps_unused_.end())));
   run(drop);
   perhaps_unused_.clear();

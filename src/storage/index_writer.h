@@ -72,12 +72,17 @@ class IndexWriter {
 
  private:
   std::int64_t name_id(const std::string& name);
-  void add_info(std::int64_t file_id, const FileInfo& info);
+  void add_info(std::int64_t file_id, const FileRecord& record);
   void add_symbols(std::int64_t file_id, const FileRecord& record);
   void add_uses(std::int64_t file_id, const FileRecord& record);
   void add_imports(std::int64_t file_id, const FileRecord& record);
-  void write_words(std::int64_t file_id, const FileWords& words, bool remove);
-  void note_names(std::int64_t file_id);
+  void write_search(std::int64_t file_id, const SearchRows& rows, bool remove);
+  void remove_search(std::int64_t file_id);
+  /// The stored symbols of a file as far as search_rows asks for them.
+  std::vector<SymbolRow> symbols(std::int64_t file_id);
+  void remove_uses(std::int64_t file_id);
+  void note_symbols(std::int64_t file_id);
+  std::string blob(std::string_view sql, std::int64_t file_id);
 
   Connection* connection_;
   std::unordered_map<std::string, std::int64_t> name_ids_;

@@ -1,10 +1,11 @@
 #include <zstd.h>
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <utility>
 
-#include "storage/errors.h"
+#include "storage/packed_numbers.h"
 #include "storage/search_text.h"
 
 namespace tarnwick::storage {
@@ -13,78 +14,39 @@ namespace {
 constexpr int COMPRESSION_LEVEL = 3;
 constexpr unsigned long long MAX_UNPACKED = 1ULL << 28U;
 
-[[noreturn]] void damaged() {
-  throw IndexError(IndexError::Kind::damaged, "the index holds damaged words");
-}
-
-/// Numbers of seven bits a byte, the lowest first; the top bit says that more follow.
-void put(std::string& out, std::uint64_t number) {
-  for (; number >= 0x80; number >>= 7U) out += static_cast<char>(number | 0x80U);
-  out += static_cast<char>(number);
-}
-
-void put(std::string& out, const WordBag& bag) {
+void put_bag(std::string& out, const WordBag& bag) {
   put(out, bag.size());
   std::uint32_t last = 0;
   for (const std::uint32_t word : bag) put(out, word - std::exchange(last, word));
 }
 
-class Input {
- public:
-  explicit Input(std::string_view bytes) : bytes_(bytes) {}
-
-  std::uint64_t number() {
-    std::uint64_t result = 0;
-    for (unsigned shift = 0; shift < 64; shift += 7) {
-      if (bytes_.empty()) damaged();
-      const auto byte = static_cast<unsigned char>(bytes_.front());
-      bytes_.remove_prefix(1);
-      result |= static_cast<std::uint64_t>(byte & 0x7FU) << shift;
-      if (byte < 0x80) return result;
-    }
-    damaged();
+WordBag read_bag(PackedInput& input, std::size_t words) {
+  WordBag result(input.count());
+  std::uint64_t last = 0;
+  for (std::uint32_t& word : result) {
+    last += input.number();
+    if (last >= words) PackedInput::damaged();
+    word = static_cast<std::uint32_t>(last);
   }
-
-  /// A count of things that take a byte each at least.
-  std::size_t count() {
-    const std::uint64_t result = number();
-    if (result > bytes_.size()) damaged();
-    return static_cast<std::size_t>(result);
-  }
-
-  std::string_view text() {
-    const std::size_t size = count();
-    const std::string_view result = bytes_.substr(0, size);
-    bytes_.remove_prefix(size);
-    return result;
-  }
-
-  WordBag bag(std::size_t words) {
-    WordBag result(count());
-    std::uint64_t last = 0;
-    for (std::uint32_t& word : result) {
-      last += number();
-      if (last >= words) damaged();
-      word = static_cast<std::uint32_t>(last);
-    }
-    return result;
-  }
-
- private:
-  std::string_view bytes_;
-};
+  return result;
+}
 
 std::string compress(const std::string& bytes) {
+  // Making a context costs more than compressing a small file.
+  thread_local const std::unique_ptr<ZSTD_CCtx, std::size_t (*)(ZSTD_CCtx*)> context(ZSTD_createCCtx(),
+                                                                                     ZSTD_freeCCtx);
   std::string packed(ZSTD_compressBound(bytes.size()), '\0');
-  packed.resize(ZSTD_compress(packed.data(), packed.size(), bytes.data(), bytes.size(), COMPRESSION_LEVEL));
+  packed.resize(ZSTD_compressCCtx(context.get(), packed.data(), packed.size(), bytes.data(), bytes.size(),
+                                  COMPRESSION_LEVEL));
   return packed;
 }
 
 std::string decompress(std::string_view packed) {
   const unsigned long long size = ZSTD_getFrameContentSize(packed.data(), packed.size());
-  if (size > MAX_UNPACKED) damaged();
+  if (size > MAX_UNPACKED) PackedInput::damaged();
   std::string bytes(size, '\0');
-  if (ZSTD_decompress(bytes.data(), bytes.size(), packed.data(), packed.size()) != size) damaged();
+  if (ZSTD_decompress(bytes.data(), bytes.size(), packed.data(), packed.size()) != size)
+    PackedInput::damaged();
   return bytes;
 }
 
@@ -93,37 +55,20 @@ std::string decompress(std::string_view packed) {
 std::string pack(const FileWords& words) {
   std::string bytes;
   put(bytes, words.vocabulary.size());
-  for (const std::string& word : words.vocabulary) {
-    put(bytes, word.size());
-    bytes += word;
-  }
-  put(bytes, words.path);
-  put(bytes, words.body);
-  put(bytes, words.symbols.size());
-  for (const SymbolWords& symbol : words.symbols) {
-    for (const WordBag* bag :
-         {&symbol.name, &symbol.scope, &symbol.signature, &symbol.docstring, &symbol.body}) {
-      put(bytes, *bag);
-    }
-  }
+  for (const std::string& word : words.vocabulary) put(bytes, word);
+  put(bytes, words.bodies.size());
+  for (const WordBag& body : words.bodies) put_bag(bytes, body);
   return compress(bytes);
 }
 
 FileWords unpack(std::string_view packed) {
   const std::string bytes = decompress(packed);
-  Input input(bytes);
+  PackedInput input(bytes);
   FileWords words;
   words.vocabulary.resize(input.count());
   for (std::string& word : words.vocabulary) word = input.text();
-  const std::size_t count = words.vocabulary.size();
-  words.path = input.bag(count);
-  words.body = input.bag(count);
-  words.symbols.resize(input.count());
-  for (SymbolWords& symbol : words.symbols) {
-    for (WordBag* bag : {&symbol.name, &symbol.scope, &symbol.signature, &symbol.docstring, &symbol.body}) {
-      *bag = input.bag(count);
-    }
-  }
+  words.bodies.resize(input.count());
+  for (WordBag& body : words.bodies) body = read_bag(input, words.vocabulary.size());
   return words;
 }
 

@@ -11,6 +11,7 @@
 
 #include "storage/import_links.h"
 #include "storage/schema.h"
+#include "storage/stored_uses.h"
 
 namespace tarnwick::storage {
 namespace {
@@ -23,18 +24,7 @@ struct Definition {
   std::string scope;  ///< simple name of what encloses it; empty at the top of a file
 };
 
-struct Use {
-  std::int64_t id = 0;
-  std::int64_t name_id = 0;
-  std::string qualifier;
-  std::int64_t type = 0;
-  std::int64_t line = 0;
-  std::int64_t count = 0;
-  std::int64_t caller = 0;
-  bool is_test = false;
-
-  std::int64_t file() const { return file_of(id); }
-};
+using Use = StoredUse;
 
 struct FileFact {
   std::string path;
@@ -213,23 +203,6 @@ class Definitions {
   std::unordered_map<std::int64_t, std::vector<ImportLink>> imports_;
 };
 
-std::vector<Use> read_uses(SQLite::Statement& query) {
-  std::vector<Use> uses;
-  while (query.executeStep()) {
-    const std::int64_t id = query.getColumn(0).getInt64();
-    const std::int64_t enclosing = query.getColumn(6).getInt64();
-    uses.push_back({.id = id,
-                    .name_id = query.getColumn(1).getInt64(),
-                    .qualifier = query.getColumn(2).getString(),
-                    .type = query.getColumn(3).getInt64(),
-                    .line = query.getColumn(4).getInt64(),
-                    .count = query.getColumn(5).getInt64(),
-                    .caller = enclosing == 0 ? 0 : symbol_id(file_of(id), enclosing),
-                    .is_test = query.getColumn(7).getInt() != 0});
-  }
-  return uses;
-}
-
 std::unordered_map<std::int64_t, FileFact> files_of(Connection& connection, const std::vector<Use>& uses) {
   std::set<std::int64_t> ids;
   for (const Use& use : uses) ids.insert(use.file());
@@ -244,7 +217,7 @@ std::unordered_map<std::int64_t, FileFact> files_of(Connection& connection, cons
   return files;
 }
 
-std::vector<ResolvedUse> resolve_all(Connection& connection, std::vector<Use> uses) {
+std::vector<ResolvedUse> resolve_all(Connection& connection, const std::vector<Use>& uses) {
   std::set<std::int64_t> name_ids;
   for (const Use& use : uses) name_ids.insert(use.name_id);
   Definitions definitions(connection, {name_ids.begin(), name_ids.end()});
@@ -252,7 +225,6 @@ std::vector<ResolvedUse> resolve_all(Connection& connection, std::vector<Use> us
   for (const Use& use : uses) importers.insert(use.file());
   definitions.load_imports(importers);
   const std::unordered_map<std::int64_t, FileFact> files = files_of(connection, uses);
-  std::sort(uses.begin(), uses.end(), [](const Use& a, const Use& b) { return a.id < b.id; });
   std::vector<ResolvedUse> resolved;
   for (const Use& use : uses) {
     if (const auto file = files.find(use.file()); file != files.end())
@@ -264,27 +236,15 @@ std::vector<ResolvedUse> resolve_all(Connection& connection, std::vector<Use> us
 }  // namespace
 
 std::vector<ResolvedUse> Resolver::uses_of(const std::vector<std::int64_t>& symbol_ids, From from) const {
-  SQLite::Statement& query = connection_->prepare(
-      "SELECT u.id, u.name_id, u.qualifier, u.type, u.line, u.count, u.enclosing, u.is_test FROM "
-      "(SELECT DISTINCT s.name_id FROM json_each(?) AS j JOIN symbols AS s ON s.id = j.value) AS w "
-      "JOIN uses AS u ON u.name_id = w.name_id AND u.is_test BETWEEN ? AND ?");
-  query.bind(1, json_array(symbol_ids));
-  query.bind(2, from == From::tests ? 1 : 0);
-  query.bind(3, from == From::production ? 0 : 1);
-  std::vector<ResolvedUse> resolved = resolve_all(*connection_, read_uses(query));
+  std::vector<ResolvedUse> resolved = resolve_all(
+      *connection_, uses_of_names(*connection_, symbol_ids, from == From::tests, from != From::production));
   const std::unordered_set<std::int64_t> wanted(symbol_ids.begin(), symbol_ids.end());
   std::erase_if(resolved, [&](const ResolvedUse& use) { return !wanted.contains(use.target); });
   return resolved;
 }
 
 std::vector<ResolvedUse> Resolver::used_by(const std::vector<std::int64_t>& symbol_ids) const {
-  SQLite::Statement& query = connection_->prepare(
-      "SELECT u.id, u.name_id, u.qualifier, u.type, u.line, u.count, u.enclosing, u.is_test FROM "
-      "json_each(?) AS j "
-      "JOIN uses AS u ON u.id BETWEEN (j.value >> 16) << 16 AND (j.value >> 16) << 16 | 65535 "
-      "AND u.enclosing = (j.value & 65535)");
-  query.bind(1, json_array(symbol_ids));
-  return resolve_all(*connection_, read_uses(query));
+  return resolve_all(*connection_, uses_within(*connection_, symbol_ids));
 }
 
 }  // namespace tarnwick::storage

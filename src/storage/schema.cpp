@@ -20,6 +20,8 @@ CREATE TABLE files (
   skip TEXT,
   lines INTEGER NOT NULL,
   has_error INTEGER NOT NULL,
+  symbols INTEGER NOT NULL,
+  uses INTEGER NOT NULL,
   component_id INTEGER
 );
 CREATE INDEX files_component ON files (component_id);
@@ -48,17 +50,9 @@ CREATE TABLE symbols (
 CREATE INDEX symbols_name ON symbols (name_id);
 CREATE INDEX symbols_fqn ON symbols (fqn_hash);
 
-CREATE TABLE uses (
-  id INTEGER PRIMARY KEY,
-  name_id INTEGER NOT NULL,
-  qualifier TEXT NOT NULL,
-  type INTEGER NOT NULL,
-  line INTEGER NOT NULL,
-  count INTEGER NOT NULL,
-  enclosing INTEGER NOT NULL,
-  is_test INTEGER NOT NULL
-);
-CREATE INDEX uses_name ON uses (name_id, is_test);
+CREATE TABLE uses (file_id INTEGER PRIMARY KEY, uses BLOB NOT NULL);
+CREATE TABLE used_names (name_id INTEGER NOT NULL, file_id INTEGER NOT NULL, PRIMARY KEY (name_id, file_id))
+  WITHOUT ROWID;
 
 CREATE TABLE imports (
   id INTEGER PRIMARY KEY,

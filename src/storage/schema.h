@@ -9,11 +9,11 @@
 //   components(id, name, path)  directories of packages; path is "" for the root
 //   names(id, name, lower)      each simple name once; lower is its Unicode lowercase
 //   symbols(id, name_id, …)     id = symbol_id(file, position): the rows of a file are neighbours
-//   uses(id, name_id, …)        the uses of a name by one symbol, folded to one row per kind of use
+//   uses(file_id, uses)         a file's uses of names, packed: packed_uses.h
+//   used_names(name_id, file_id) the files that use a name
 //   imports(id, module, …)      module_key: see import_keys.h
-//   words(file_id, words)       what the search tables hold of a file, compressed: a contentless table can
-//   only forget
-//                               a row when it is told the row's text again
+//   words(file_id, words)       the words of a file's text, compressed: a contentless table can only forget a
+//                               row when it is told the row's text again (search_text.h)
 //   symbol_search, file_search  FTS5 over the words of retrieval/words.h, rowid = symbol id or file id.
 //   Tables without
 //                               content: they answer rowids and bm25(), no text. The fullest column comes
@@ -31,7 +31,7 @@ namespace tarnwick::storage {
 
 /// Counts up with every change of tables, of what is put in them, or of extraction: an older index is
 /// rebuilt.
-inline constexpr int SCHEMA_VERSION = 2;
+inline constexpr int SCHEMA_VERSION = 3;
 
 /// "tarn" in the header of the file; frozen.
 inline constexpr int APPLICATION_ID = 0x7461726E;

@@ -2,68 +2,64 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <numeric>
-#include <string>
-#include <unordered_map>
-#include <utility>
-#include <vector>
 
+#include "storage/packed_numbers.h"
+#include "storage/vocabulary.h"
 #include "workers/retrieval/words.h"
 
 namespace tarnwick::storage {
 namespace {
 
-/// Collects words under numbers, in the order in which they come; at the end they are put in alphabetical
-/// order.
-class Vocabulary {
+/// Words in any order.
+using Words = std::vector<std::uint32_t>;
+
+void append(Vocabulary& vocabulary, std::string_view text, Words& words) {
+  retrieval::search_words(text, [&](std::string_view word) { words.push_back(vocabulary.number_of(word)); });
+}
+
+/// How often words occur, in a table that is used again and again.
+class Counts {
  public:
-  void append(std::string_view text, WordBag& words) {
-    retrieval::search_words(text, [&](std::string_view word) { words.push_back(number_of(word)); });
-  }
-
-  WordBag words_of(std::string_view text) {
-    WordBag words;
-    append(text, words);
-    return words;
-  }
-
-  /// The words in order; `places` becomes the position of each number among them.
-  std::vector<std::string> sorted(std::vector<std::uint32_t>& places) const {
-    std::vector<std::uint32_t> order(words_.size());
-    std::iota(order.begin(), order.end(), 0U);
-    std::sort(order.begin(), order.end(), [&](auto a, auto b) { return *words_[a] < *words_[b]; });
-    places.assign(order.size(), 0);
-    std::vector<std::string> result(order.size());
-    for (std::uint32_t place = 0; place < order.size(); ++place) {
-      places[order[place]] = place;
-      result[place] = *words_[order[place]];
+  void add(const Words& words) {
+    for (const std::uint32_t word : words) {
+      if (word >= counts_.size()) counts_.resize(std::max<std::size_t>(word + 1, 2 * counts_.size()));
+      if (counts_[word]++ == 0) seen_.push_back(word);
     }
-    return result;
+  }
+
+  /// Takes out what is there; a word that is not is no error.
+  void subtract(const Words& words) {
+    for (const std::uint32_t word : words)
+      if (word < counts_.size() && counts_[word] > 0) --counts_[word];
+  }
+
+  /// Hands over each word, ascending, with its count, and forgets them.
+  template <class Visit>
+  void take(const Visit& visit) {
+    std::sort(seen_.begin(), seen_.end());
+    // A word that went and came again is there twice.
+    for (const std::uint32_t word : seen_) {
+      if (counts_[word] > 0) visit(word, counts_[word]);
+      counts_[word] = 0;
+    }
+    seen_.clear();
   }
 
  private:
-  std::uint32_t number_of(std::string_view word) {
-    key_.assign(word);
-    const auto [entry, is_new] = numbers_.try_emplace(key_, static_cast<std::uint32_t>(words_.size()));
-    if (is_new) words_.push_back(&entry->first);
-    return entry->second;
-  }
-
-  std::string key_;
-  std::unordered_map<std::string, std::uint32_t> numbers_;
-  std::vector<const std::string*> words_;
+  std::vector<std::uint32_t> counts_;
+  std::vector<std::uint32_t> seen_;
 };
 
 /// The own words of each definition, and, last, of the text outside of them all.
-std::vector<WordBag> own_words(Vocabulary& vocabulary, std::string_view text,
-                               const std::vector<indexing::Definition>& definitions) {
-  std::vector<WordBag> bodies(definitions.size() + 1);
+std::vector<Words> own_words(Vocabulary& vocabulary, std::string_view text,
+                             const std::vector<indexing::Definition>& definitions) {
+  std::vector<Words> bodies(definitions.size() + 1);
   std::vector<std::size_t> open = {definitions.size()};
   std::size_t position = 0;
   const auto advance = [&](std::size_t end) {
     end = std::min(end, text.size());
     if (end <= position) return;
-    vocabulary.append(text.substr(position, end - position), bodies[open.back()]);
+    append(vocabulary, text.substr(position, end - position), bodies[open.back()]);
     position = end;
   };
   const auto close_before = [&](std::size_t start) {
@@ -82,69 +78,95 @@ std::vector<WordBag> own_words(Vocabulary& vocabulary, std::string_view text,
 }
 
 /// What qualifies the name: the qualified name without it.
-std::string_view scope_of(const indexing::Definition& definition) {
-  std::string_view scope = definition.fqn;
-  if (scope.ends_with(definition.name)) scope.remove_suffix(definition.name.size());
+std::string_view scope_of(const SymbolTexts& symbol) {
+  std::string_view scope = symbol.fqn;
+  if (scope.ends_with(symbol.name)) scope.remove_suffix(symbol.name.size());
   return scope;
 }
 
-/// Takes out of `words` one of each of `others`; leaves both sorted.
-void subtract(WordBag& words, WordBag others) {
-  std::sort(words.begin(), words.end());
-  std::sort(others.begin(), others.end());
-  WordBag rest;
-  std::set_difference(words.begin(), words.end(), others.begin(), others.end(), std::back_inserter(rest));
-  words = std::move(rest);
-}
-
-void settle(WordBag& words, const std::vector<std::uint32_t>& places) {
-  for (std::uint32_t& word : words) word = places[word];
-  std::sort(words.begin(), words.end());
-  std::size_t kept = 0;
-  for (const std::uint32_t word : words) {
-    if (kept < MOST_REPEATS || words[kept - MOST_REPEATS] != word) words[kept++] = word;
+/// Writes the columns of the search tables.
+class Columns {
+ public:
+  explicit Columns(const FileWords& words) {
+    for (const std::string& word : words.vocabulary) vocabulary_.number_of(word);
   }
-  words.erase(words.begin() + static_cast<std::ptrdiff_t>(kept), words.end());
-}
+
+  Words words_of(std::string_view text) {
+    Words words;
+    append(vocabulary_, text, words);
+    return words;
+  }
+
+  Counts& counts() { return counts_; }
+
+  /// What was counted, as a text.
+  std::string text() {
+    std::string out;
+    counts_.take([&](std::uint32_t word, std::size_t count) {
+      for (count = std::min(count, MOST_REPEATS); count > 0; --count) (out += vocabulary_.word(word)) += ' ';
+    });
+    return out;
+  }
+
+  std::string text(const Words& words) {
+    counts_.add(words);
+    return text();
+  }
+
+ private:
+  Vocabulary vocabulary_;
+  Counts counts_;
+};
 
 }  // namespace
 
-std::string FileWords::text(const WordBag& bag) const {
-  std::string out;
-  for (const std::uint32_t word : bag) (out += vocabulary[word]) += ' ';
-  return out;
-}
-
-FileWords search_text(std::string_view path, std::string_view text, const indexing::FileFacts& facts) {
+FileWords words_of(std::string_view text, const std::vector<indexing::Definition>& definitions) {
   Vocabulary vocabulary;
   FileWords words;
-  words.path = vocabulary.words_of(path);
-  std::vector<WordBag> bodies = own_words(vocabulary, text, facts.definitions);
-  for (const WordBag& body : bodies) words.body.insert(words.body.end(), body.begin(), body.end());
-  words.symbols.reserve(facts.definitions.size());
-  for (std::size_t i = 0; i < facts.definitions.size(); ++i) {
-    const indexing::Definition& definition = facts.definitions[i];
-    SymbolWords symbol = {.name = vocabulary.words_of(definition.name),
-                          .scope = vocabulary.words_of(scope_of(definition)),
-                          .signature = vocabulary.words_of(definition.signature),
-                          .docstring = vocabulary.words_of(definition.docstring),
-                          .body = std::move(bodies[i])};
-    subtract(symbol.body, symbol.signature.empty() ? symbol.name : symbol.signature);
-    if (definition.parent && *definition.parent < i) {
-      WordBag& outer = words.symbols[*definition.parent].body;
-      outer.insert(outer.end(), symbol.name.begin(), symbol.name.end());
-    }
-    words.symbols.push_back(std::move(symbol));
+  words.bodies = own_words(vocabulary, text, definitions);
+  Counts counts;
+  for (WordBag& body : words.bodies) {
+    counts.add(body);
+    body.clear();
+    counts.take([&](std::uint32_t word, std::size_t count) {
+      body.insert(body.end(), std::min(count, MOST_REPEATS + 1), word);
+    });
+    body.shrink_to_fit();
   }
-  std::vector<std::uint32_t> places;
-  words.vocabulary = vocabulary.sorted(places);
-  for (WordBag* bag : {&words.path, &words.body}) settle(*bag, places);
-  for (SymbolWords& symbol : words.symbols) {
-    for (WordBag* bag : {&symbol.name, &symbol.scope, &symbol.signature, &symbol.docstring, &symbol.body}) {
-      settle(*bag, places);
-    }
-  }
+  words.vocabulary.reserve(vocabulary.size());
+  for (std::uint32_t number = 0; number < vocabulary.size(); ++number)
+    words.vocabulary.emplace_back(vocabulary.word(number));
   return words;
+}
+
+SearchRows search_rows(const FileWords& words, std::string_view path, std::span<const SymbolTexts> symbols) {
+  if (words.bodies.size() != symbols.size() + 1) PackedInput::damaged();
+  Columns columns(words);
+  SearchRows rows;
+  rows.path = columns.text(columns.words_of(path));
+  for (const WordBag& body : words.bodies) columns.counts().add(body);
+  rows.body = columns.text();
+  std::vector<Words> inner_names(symbols.size());
+  rows.symbols.resize(symbols.size());
+  // Backwards, since what is inside a symbol follows it.
+  for (std::size_t i = symbols.size(); i-- > 0;) {
+    const SymbolTexts& symbol = symbols[i];
+    const Words name = columns.words_of(symbol.name);
+    const Words signature = columns.words_of(symbol.signature);
+    SearchRow& row = rows.symbols[i];
+    columns.counts().add(words.bodies[i]);
+    columns.counts().subtract(signature.empty() ? name : signature);
+    columns.counts().add(inner_names[i]);
+    row.body = columns.text();
+    row.name = columns.text(name);
+    row.scope = columns.text(columns.words_of(scope_of(symbol)));
+    row.signature = columns.text(signature);
+    row.docstring = columns.text(columns.words_of(symbol.docstring));
+    if (!symbol.parent || *symbol.parent >= i) continue;
+    Words& outer = inner_names[*symbol.parent];
+    outer.insert(outer.end(), name.begin(), name.end());
+  }
+  return rows;
 }
 
 }  // namespace tarnwick::storage

@@ -3,12 +3,13 @@
 #include <algorithm>
 
 #include "storage/index_file.h"
+#include "storage/packed_uses.h"
 
 namespace tarnwick::testing {
 namespace {
 
 constexpr const char* QUERIES[] = {
-    "SELECT 'file', path, size, hash, language, is_test, is_source, skip, lines, has_error, "
+    "SELECT 'file', path, size, hash, language, is_test, is_source, skip, lines, has_error, symbols, uses, "
     "(SELECT path FROM components AS c WHERE c.id = component_id) FROM files",
     "SELECT 'component', id, name, path FROM components",
     "SELECT 'name', name, lower FROM names",
@@ -16,8 +17,8 @@ constexpr const char* QUERIES[] = {
     "signature, "
     "docstring, docstring_truncated, token_count, parent_id & 65535 "
     "FROM symbols AS s JOIN files AS f ON f.id = s.id >> 16 JOIN names AS n ON n.id = s.name_id",
-    "SELECT 'use', f.path, u.id & 65535, n.name, qualifier, type, line, count, enclosing, u.is_test "
-    "FROM uses AS u JOIN files AS f ON f.id = u.id >> 16 JOIN names AS n ON n.id = u.name_id",
+    "SELECT 'used name', f.path, n.name FROM used_names AS u JOIN files AS f ON f.id = u.file_id "
+    "JOIN names AS n ON n.id = u.name_id",
     "SELECT 'import', f.path, i.id & 65535, module, name, alias, module_key, line "
     "FROM imports AS i JOIN files AS f ON f.id = i.id >> 16",
     "SELECT 'words', f.path, hex(words) FROM words AS w JOIN files AS f ON f.id = w.file_id",
@@ -29,6 +30,27 @@ constexpr const char* QUERIES[] = {
     "SELECT 'file sizes', hex(block) FROM file_search_data WHERE id = 1",
     "SELECT 'complete', count(*) FROM meta WHERE key IN ('root', 'indexed_at')",
 };
+
+/// The ids of names depend on the order in which names came.
+void dump_uses(storage::Connection& connection, std::vector<std::string>& lines) {
+  SQLite::Statement query(connection.database(),
+                          "SELECT f.path, u.uses FROM uses AS u JOIN files AS f ON f.id = u.file_id");
+  SQLite::Statement name(connection.database(), "SELECT name FROM names WHERE id = ?");
+  while (query.executeStep()) {
+    const std::string packed = query.getColumn(1).getString();
+    storage::PackedUses uses(packed);
+    storage::PackedUse use;
+    for (int position = 1; uses.next(use); ++position) {
+      name.bind(1, uses.names().at(use.name));
+      std::string line = "use|" + query.getColumn(0).getString() + '|' + std::string(use.qualifier) + '|' +
+                         (name.executeStep() ? name.getColumn(0).getString() : "lost");
+      name.reset();
+      for (const std::int64_t number : {std::int64_t{position}, use.type, use.line, use.count, use.enclosing})
+        line += '|' + std::to_string(number);
+      lines.push_back(std::move(line));
+    }
+  }
+}
 
 }  // namespace
 
@@ -46,6 +68,7 @@ std::vector<std::string> dump(const std::filesystem::path& index_file) {
       lines.push_back(std::move(line));
     }
   }
+  dump_uses(*connection, lines);
   std::sort(lines.begin(), lines.end());
   return lines;
 }

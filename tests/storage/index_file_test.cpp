@@ -5,9 +5,10 @@
 #include <cstdlib>
 
 #include "storage/errors.h"
+#include "storage/file_record.h"
 #include "storage/indexed_tree.h"
+#include "storage/packed_uses.h"
 #include "storage/schema.h"
-#include "storage/search_text.h"
 
 namespace tarnwick::testing {
 namespace {
@@ -83,17 +84,31 @@ TEST(IndexFile, LiesInTheCacheFolderUnderOneNameForEachDirectory) {
   kept ? ::setenv("XDG_CACHE_HOME", kept->c_str(), 1) : ::unsetenv("XDG_CACHE_HOME");
 }
 
-TEST(PackedWords, ComeBackAndAreCheckedOnTheWay) {
-  const indexing::FileFacts facts =
-      ToyExtractor().extract("toy", "fn readFile\nopen()\nopen()\nfn close\nend\nend\n", "");
-  const storage::FileWords words =
-      storage::search_text("src/a.toy", "fn readFile\nopen()\nopen()\nfn close\nend\nend\n", facts);
-  EXPECT_EQ(words.text(words.symbols.at(0).body), "clos end open open ");
-  const std::string packed = storage::pack(words);
-  EXPECT_EQ(storage::unpack(packed), words);
-  for (std::size_t size = 0; size < packed.size(); ++size) {
-    EXPECT_THROW(storage::unpack(packed.substr(0, size)), IndexError) << size;
-  }
+TEST(Packed, ComesBackAndIsCheckedOnTheWay) {
+  constexpr std::string_view TEXT = "fn readFile\nopen()\nopen()\nfn close\nend\nend\n";
+  const indexing::FileFacts facts = ToyExtractor().extract("toy", TEXT, "");
+  storage::FileInfo info;
+  info.path = "src/a.toy";
+  const storage::FileRecord record = storage::make_record(info, facts, TEXT);
+  EXPECT_EQ(record.search.symbols.at(0).body, "open open clos end ");
+  const storage::FileWords words = storage::unpack(record.packed_words);
+  EXPECT_EQ(storage::pack(words), record.packed_words);
+  EXPECT_EQ(storage::search_rows(words, "src/a.toy", storage::texts_of(record.symbols)).symbols.at(0).body,
+            "open open clos end ");
+  std::vector<std::int64_t> names(record.uses.size());
+  for (std::size_t i = 0; i < names.size(); ++i) names[i] = static_cast<std::int64_t>(i * 1000);
+  const std::string uses = storage::pack(record.uses, names);
+  const auto read_uses = [](std::string_view packed) {
+    storage::PackedUses reader(packed);
+    storage::PackedUse use;
+    while (reader.next(use)) {
+    }
+  };
+  EXPECT_NO_THROW(read_uses(uses));
+  for (std::size_t size = 0; size < record.packed_words.size(); ++size)
+    EXPECT_THROW(storage::unpack(record.packed_words.substr(0, size)), IndexError) << size;
+  for (std::size_t size = 0; size < uses.size(); ++size)
+    EXPECT_THROW(read_uses(uses.substr(0, size)), IndexError) << size;
 }
 
 }  // namespace
