@@ -33,7 +33,8 @@ using storage::StoredFile;
 /// How many files are read ahead of the writer.
 constexpr std::size_t WINDOW = 64;
 
-/// How long readers of a first indexing wait for more at most.
+/// A first indexing shows readers what is done after this time, and then each time that it has taken half as
+/// long again: each commit leaves the search tables more to merge.
 constexpr std::chrono::seconds BATCH_TIME{2};
 
 /// Beyond this a language is not worth telling from the text.
@@ -268,16 +269,18 @@ class Update {
     const auto total = static_cast<std::int64_t>(plan.jobs.size());
     OrderedPipeline<FileRecord> records(plan.jobs.size(), WINDOW, thread_count(plan.jobs.size()),
                                         [&](std::size_t number) { return reader_.read(plan.jobs[number]); });
-    auto batch_start = std::chrono::steady_clock::now();
+    const auto start = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::duration batch_end = BATCH_TIME;
     if (progress_ != nullptr && total > 0) progress_->files_done(0, total, plan.jobs.front().path);
     for (std::int64_t done = 0; const std::optional<FileRecord> record = records.next(); ++done) {
       if (options_.stop.stop_requested()) return false;
       writer_.add(plan.jobs[static_cast<std::size_t>(done)].file_id, *record);
       if (progress_ != nullptr) progress_->files_done(done + 1, total, record->info.path);
-      if (report_.first && std::chrono::steady_clock::now() - batch_start > BATCH_TIME) {
+      const auto elapsed = std::chrono::steady_clock::now() - start;
+      if (report_.first && elapsed > batch_end) {
         writer_.commit();
         writer_.begin();
-        batch_start = std::chrono::steady_clock::now();
+        batch_end = elapsed + elapsed / 2;
       }
     }
     return true;

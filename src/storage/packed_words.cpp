@@ -14,19 +14,26 @@ namespace {
 constexpr int COMPRESSION_LEVEL = 3;
 constexpr unsigned long long MAX_UNPACKED = 1ULL << 28U;
 
+/// A difference of numbers and a count go into one number.
+constexpr unsigned COUNT_BITS = 2;
+static_assert(MOST_REPEATS + 1 <= 1U << COUNT_BITS);
+
 void put_bag(std::string& out, const WordBag& bag) {
   put(out, bag.size());
   std::uint32_t last = 0;
-  for (const std::uint32_t word : bag) put(out, word - std::exchange(last, word));
+  for (const auto [number, count] : bag)
+    put(out, std::uint64_t{number - std::exchange(last, number)} << COUNT_BITS | (count - 1));
 }
 
 WordBag read_bag(PackedInput& input, std::size_t words) {
   WordBag result(input.count());
   std::uint64_t last = 0;
-  for (std::uint32_t& word : result) {
-    last += input.number();
+  for (auto& [number, count] : result) {
+    const std::uint64_t read = input.number();
+    last += read >> COUNT_BITS;
     if (last >= words) PackedInput::damaged();
-    word = static_cast<std::uint32_t>(last);
+    number = static_cast<std::uint32_t>(last);
+    count = static_cast<std::uint32_t>(read & ((1U << COUNT_BITS) - 1)) + 1;
   }
   return result;
 }

@@ -31,7 +31,7 @@ namespace tarnwick::storage {
 
 /// Counts up with every change of tables, of what is put in them, or of extraction: an older index is
 /// rebuilt.
-inline constexpr int SCHEMA_VERSION = 3;
+inline constexpr int SCHEMA_VERSION = 4;
 
 /// "tarn" in the header of the file; frozen.
 inline constexpr int APPLICATION_ID = 0x7461726E;

@@ -10,21 +10,19 @@
 namespace tarnwick::storage {
 namespace {
 
-/// Words in any order.
+/// Numbers of words in any order.
 using Words = std::vector<std::uint32_t>;
-
-void append(Vocabulary& vocabulary, std::string_view text, Words& words) {
-  retrieval::search_words(text, [&](std::string_view word) { words.push_back(vocabulary.number_of(word)); });
-}
 
 /// How often words occur, in a table that is used again and again.
 class Counts {
  public:
+  void add(std::uint32_t word, std::uint32_t count = 1) {
+    if (word >= counts_.size()) counts_.resize(std::max<std::size_t>(word + 1, 2 * counts_.size()));
+    if (counts_[word] == 0) seen_.push_back(word);
+    counts_[word] += count;
+  }
   void add(const Words& words) {
-    for (const std::uint32_t word : words) {
-      if (word >= counts_.size()) counts_.resize(std::max<std::size_t>(word + 1, 2 * counts_.size()));
-      if (counts_[word]++ == 0) seen_.push_back(word);
-    }
+    for (const std::uint32_t word : words) add(word);
   }
 
   /// Takes out what is there; a word that is not is no error.
@@ -50,7 +48,7 @@ class Counts {
   std::vector<std::uint32_t> seen_;
 };
 
-/// The own words of each definition, and, last, of the text outside of them all.
+/// The identifiers of each definition's own text, and, last, of the text outside of them all.
 std::vector<Words> own_words(Vocabulary& vocabulary, std::string_view text,
                              const std::vector<indexing::Definition>& definitions) {
   std::vector<Words> bodies(definitions.size() + 1);
@@ -59,7 +57,9 @@ std::vector<Words> own_words(Vocabulary& vocabulary, std::string_view text,
   const auto advance = [&](std::size_t end) {
     end = std::min(end, text.size());
     if (end <= position) return;
-    append(vocabulary, text.substr(position, end - position), bodies[open.back()]);
+    retrieval::identifiers(text.substr(position, end - position), [&](std::string_view identifier) {
+      if (identifier.size() > 1) bodies[open.back()].push_back(vocabulary.number_of(identifier));
+    });
     position = end;
   };
   const auto close_before = [&](std::size_t start) {
@@ -88,13 +88,21 @@ std::string_view scope_of(const SymbolTexts& symbol) {
 class Columns {
  public:
   explicit Columns(const FileWords& words) {
-    for (const std::string& word : words.vocabulary) vocabulary_.number_of(word);
+    for (const std::string& identifier : words.vocabulary) words_of_identifier(identifier);
   }
 
   Words words_of(std::string_view text) {
     Words words;
-    append(vocabulary_, text, words);
+    retrieval::identifiers(text, [&](std::string_view identifier) {
+      const std::span<const std::uint32_t> found = words_of_identifier(identifier);
+      words.insert(words.end(), found.begin(), found.end());
+    });
     return words;
+  }
+
+  void count(const WordBag& identifiers) {
+    for (const auto [number, count] : identifiers)
+      for (const std::uint32_t word : words_of_number(number)) counts_.add(word, count);
   }
 
   Counts& counts() { return counts_; }
@@ -114,7 +122,25 @@ class Columns {
   }
 
  private:
+  /// Splits an identifier when it is new. Valid until the next new one.
+  std::span<const std::uint32_t> words_of_identifier(std::string_view identifier) {
+    const std::uint32_t number = identifiers_.number_of(identifier);
+    if (number + 1 == ends_.size()) {
+      retrieval::search_words(identifier,
+                              [&](std::string_view word) { split_.push_back(vocabulary_.number_of(word)); });
+      ends_.push_back(split_.size());
+    }
+    return words_of_number(number);
+  }
+
+  std::span<const std::uint32_t> words_of_number(std::uint32_t number) const {
+    return std::span(split_).subspan(ends_[number], ends_[number + 1] - ends_[number]);
+  }
+
+  Vocabulary identifiers_;
   Vocabulary vocabulary_;
+  Words split_;                          // the words of the identifiers, one after the other
+  std::vector<std::size_t> ends_ = {0};  // of the words of each identifier; the first is a beginning
   Counts counts_;
 };
 
@@ -123,15 +149,13 @@ class Columns {
 FileWords words_of(std::string_view text, const std::vector<indexing::Definition>& definitions) {
   Vocabulary vocabulary;
   FileWords words;
-  words.bodies = own_words(vocabulary, text, definitions);
   Counts counts;
-  for (WordBag& body : words.bodies) {
+  for (const Words& body : own_words(vocabulary, text, definitions)) {
     counts.add(body);
-    body.clear();
-    counts.take([&](std::uint32_t word, std::size_t count) {
-      body.insert(body.end(), std::min(count, MOST_REPEATS + 1), word);
+    WordBag& bag = words.bodies.emplace_back();
+    counts.take([&](std::uint32_t word, std::uint32_t count) {
+      bag.push_back({word, std::min(count, std::uint32_t{MOST_REPEATS} + 1)});
     });
-    body.shrink_to_fit();
   }
   words.vocabulary.reserve(vocabulary.size());
   for (std::uint32_t number = 0; number < vocabulary.size(); ++number)
@@ -144,7 +168,7 @@ SearchRows search_rows(const FileWords& words, std::string_view path, std::span<
   Columns columns(words);
   SearchRows rows;
   rows.path = columns.text(columns.words_of(path));
-  for (const WordBag& body : words.bodies) columns.counts().add(body);
+  for (const WordBag& body : words.bodies) columns.count(body);
   rows.body = columns.text();
   std::vector<Words> inner_names(symbols.size());
   rows.symbols.resize(symbols.size());
@@ -154,7 +178,7 @@ SearchRows search_rows(const FileWords& words, std::string_view path, std::span<
     const Words name = columns.words_of(symbol.name);
     const Words signature = columns.words_of(symbol.signature);
     SearchRow& row = rows.symbols[i];
-    columns.counts().add(words.bodies[i]);
+    columns.count(words.bodies[i]);
     columns.counts().subtract(signature.empty() ? name : signature);
     columns.counts().add(inner_names[i]);
     row.body = columns.text();

@@ -16,11 +16,17 @@ namespace tarnwick::storage {
 /// most of a text.
 inline constexpr std::size_t MOST_REPEATS = 3;
 
-/// Words by their positions in a vocabulary, ascending, each as often as it occurs, up to once more than it
-/// can count. Order is lost: the search tables are asked for words, never for phrases.
-using WordBag = std::vector<std::uint32_t>;
+struct CountedWord {
+  std::uint32_t number = 0;  ///< position in a vocabulary
+  std::uint32_t count = 0;   ///< 1 to MOST_REPEATS + 1, which says "or more"
 
-/// The words of a file's text.
+  friend bool operator==(const CountedWord&, const CountedWord&) = default;
+};
+
+/// Words by number, ascending. Order is lost: the search tables are asked for words, never for phrases.
+using WordBag = std::vector<CountedWord>;
+
+/// The identifiers of a file's text, from which its search words are made.
 struct FileWords {
   std::vector<std::string> vocabulary;  ///< in the order of their first occurrence
   std::vector<WordBag>

@@ -125,12 +125,7 @@ std::string_view without_plural(std::string_view word) {
 }
 
 void split(std::string_view text, IdentifierSplitter splitter) {
-  for (std::size_t at = 0; at < text.size();) {
-    if (is_escape_letter(text, at)) ++at;
-    const std::size_t end = word_end(text, at);
-    if (end > at) splitter.split(text.substr(at, end - at));
-    at = end > at ? end : at + 1;
-  }
+  identifiers(text, [&](std::string_view identifier) { splitter.split(identifier); });
 }
 
 }  // namespace
@@ -150,6 +145,15 @@ std::size_t word_end(std::string_view text, std::size_t position) {
     position += length;
   }
   return position;
+}
+
+void identifiers(std::string_view text, WordSink sink) {
+  for (std::size_t at = 0; at < text.size();) {
+    if (is_escape_letter(text, at)) ++at;
+    const std::size_t end = word_end(text, at);
+    if (end > at) sink(text.substr(at, end - at));
+    at = end > at ? end : at + 1;
+  }
 }
 
 void split_identifiers(std::string_view text, WordSink sink) {

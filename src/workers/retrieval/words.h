@@ -30,6 +30,10 @@ class WordSink {
   void (*call_)(void*, std::string_view);
 };
 
+/// Hands `sink` the identifiers of prose or code, in order and as they are written: what split_identifiers
+/// takes apart, each for itself.
+void identifiers(std::string_view text, WordSink sink);
+
 /// Hands `sink` the words of prose or code, in order, lowercased. An identifier is cut at underscores,
 /// changes of case and digits (`HTTPServer_v12` gives http, server, 12); one of several parts comes whole
 /// too, before its parts and without its underscores, so that `read_file`, `readFile` and `READ_FILE` share
