@@ -80,6 +80,10 @@ class Repository : public FanInQueries {
   virtual std::shared_ptr<const PathMap> get_file_paths_batch(
       const std::vector<SymbolPtr>& symbols) const = 0;
 
+  /// Called before the symbols of a ranking are scored, which reads the name, the fqn, the export status and
+  /// the kind of each: an index that fetches lazily may fetch them all at once.
+  virtual void fetch_scored_fields(const std::vector<SymbolPtr>& /*symbols*/) const {}
+
   /// Which of `paths` (possibly none, possibly repeated) are test files.
   virtual std::shared_ptr<const PathSet> test_paths(const std::vector<Text>& paths) const = 0;
 

@@ -1,9 +1,9 @@
 #include <algorithm>
-#include <memory_resource>
 #include <string>
 
 #include "tarnwick/workers/context_builder.h"
 #include "text/lowercase.h"
+#include "workers/context_builder/flat_map.h"
 
 namespace tarnwick {
 namespace {
@@ -46,14 +46,15 @@ std::vector<SymbolPtr> ContextBuilder::_get_candidate_symbols(const std::vector<
                                                               const OptionalText& component_filter,
                                                               bool source_only, bool wide_match) const {
   std::vector<SymbolPtr> candidates;
-  std::pmr::monotonic_buffer_resource memory;  // hundreds of ids: one block instead of a node each
-  std::pmr::unordered_set<std::int64_t> seen_ids(&memory);
+  FlatMap<const Symbol> seen_ids;
   for (std::size_t i = 0; i < std::min(keywords.size(), SEARCHED_KEYWORDS); ++i) {
     const bool wide = wide_match && text::length(keywords[i]) > 2;
     const Text pattern = wide ? substring_pattern(keywords[i]) : keywords[i];
     for (SymbolPtr& symbol : repository_->search_symbols(pattern, MATCHES_PER_KEYWORD, source_only).symbols) {
       const std::optional<std::int64_t> id = symbol->id();
-      if (present(id) && seen_ids.insert(*id).second) candidates.push_back(std::move(symbol));
+      if (present(id) && seen_ids.try_emplace(static_cast<std::uint64_t>(*id), symbol.get())) {
+        candidates.push_back(std::move(symbol));
+      }
     }
   }
   if (const std::optional<FileIds> files = _component_files(component_filter)) {

@@ -78,10 +78,12 @@ ContextPack ContextBuilder::build_context_pack(const Text& task, const BuildOpti
   if (static_cast<std::int64_t>(ranked.size()) < MAX_SYMBOLS) {
     std::vector<SymbolPtr> candidates =
         _get_candidate_symbols(keywords, options.component_filter, options.source_only, options.wide_match);
-    std::erase_if(candidates, [&](const SymbolPtr& candidate) {
-      const std::optional<std::int64_t> id = candidate->id();
-      return id && seeds.rank.contains(*id);
-    });
+    if (!seeds.rank.empty()) {
+      std::erase_if(candidates, [&](const SymbolPtr& candidate) {
+        const std::optional<std::int64_t> id = candidate->id();
+        return id && seeds.rank.contains(*id);
+      });
+    }
     rank_options.seed_rank.clear();
     std::vector<RankedSymbol> matched = _rank_symbols(candidates, keywords, rank_options);
     std::move(matched.begin(), matched.end(), std::back_inserter(ranked));

@@ -73,6 +73,7 @@ std::vector<RankedSymbol> ContextBuilder::_rank_symbols(const std::vector<Symbol
   const auto fan_in = scored.empty() ? nullptr : repository_->production_fan_in(scored);
   const auto test_files = options.include_tests ? nullptr : repository_->test_paths(paths->values());
 
+  repository_->fetch_scored_fields(candidates);
   Scorer scorer(keywords, options.prefer_kinds);
   std::vector<Place> places;
   places.reserve(candidates.size());
@@ -88,7 +89,7 @@ std::vector<RankedSymbol> ContextBuilder::_rank_symbols(const std::vector<Symbol
       continue;
     }
     places.push_back({rounded(score),
-                      by_kind(KIND_PRIORITY, candidate->kind(), std::int64_t{0}),
+                      scorer.kind_priority(*candidate),
                       fan_in ? fan_in->find(id).value_or(OrderKey{}) : OrderKey{},
                       {candidate, score, std::move(path)}});
   }

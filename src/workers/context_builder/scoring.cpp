@@ -1,6 +1,7 @@
 #include "workers/context_builder/scoring.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "tarnwick/workers/context_builder.h"
 #include "text/lowercase.h"
@@ -24,44 +25,61 @@ bool may_hold(std::uint64_t text, std::uint64_t part) {
   return (part & ~text) == 0;
 }
 
-double match_of_name(std::string_view name, std::string_view keyword) {
-  const std::size_t at = name.find(keyword);
-  if (at == std::string_view::npos) return 0.0;
-  if (at > 0) return IN_NAME;
-  return name.size() == keyword.size() ? EXACT : PREFIX;
+/// The value that `table` holds for `kind`, or `missing`.
+template <class Table, class Value>
+constexpr Value by_kind(const Table& table, std::string_view kind, Value missing) {
+  for (const auto& [known, value] : table) {
+    if (known == kind) return value;
+  }
+  return missing;
 }
 
 }  // namespace
+
+Scorer::Head::Head(std::string_view text) {
+  const std::size_t size = std::min(text.size(), sizeof word);
+  std::memcpy(&word, text.data(), size);
+  std::memset(&mask, 0xFF, size);
+}
 
 Scorer::Scorer(const std::vector<Text>& keywords, const std::vector<Text>& prefer_kinds)
     : prefer_kinds_(&prefer_kinds) {
   keywords_.reserve(keywords.size());
   for (const Text& keyword : keywords) {
     std::string lowered = text::lowercase(keyword);
+    const Head head(lowered);
     const std::uint64_t bytes = bytes_of(lowered);
-    keywords_.push_back({std::move(lowered), bytes});
+    keywords_.push_back({std::move(lowered), head, bytes});
   }
 }
 
 double Scorer::name_match(const Symbol& symbol) {
   text::lowercase_into(symbol.name(), lowered_);
   const std::string_view fqn = symbol.fqn();
-  const std::uint64_t name_bytes = bytes_of(lowered_);
-  double best = 0.0;
-  for (const Keyword& keyword : keywords_) {
-    if (may_hold(name_bytes, keyword.bytes)) best = std::max(best, match_of_name(lowered_, keyword.text));
-  }
-  // The qualified name can only lift a score that is still under its own.
-  return best < IN_FQN ? fqn_match(fqn) : best;
+  // Each way to match is looked for only where no better one was found.
+  if (const double match = match_of_start(); match > 0.0) return match;
+  if (holds_a_keyword()) return IN_NAME;
+  text::lowercase_into(fqn, lowered_);
+  return holds_a_keyword() ? IN_FQN : 0.0;
 }
 
-double Scorer::fqn_match(std::string_view fqn) {
-  text::lowercase_into(fqn, lowered_);
+/// EXACT, PREFIX or 0.
+double Scorer::match_of_start() const {
+  const Head head(lowered_);
+  double best = 0.0;
+  for (const Keyword& keyword : keywords_) {
+    if (!head.starts_with(keyword.head) || !lowered_.starts_with(keyword.text)) continue;
+    if (lowered_.size() == keyword.text.size()) return EXACT;
+    best = PREFIX;
+  }
+  return best;
+}
+
+bool Scorer::holds_a_keyword() const {
   const std::uint64_t bytes = bytes_of(lowered_);
-  const bool matched = std::any_of(keywords_.begin(), keywords_.end(), [&](const Keyword& keyword) {
+  return std::any_of(keywords_.begin(), keywords_.end(), [&](const Keyword& keyword) {
     return may_hold(bytes, keyword.bytes) && lowered_.find(keyword.text) != std::string::npos;
   });
-  return matched ? IN_FQN : 0.0;
 }
 
 double Scorer::relevance(const Symbol& symbol) {
@@ -69,13 +87,20 @@ double Scorer::relevance(const Symbol& symbol) {
   const double export_score = symbol.is_export() ? 1.0 : 0.0;
   const double total =
       name_score * ContextBuilder::NAME_MATCH_WEIGHT + export_score * ContextBuilder::EXPORT_WEIGHT;
-  const std::string_view kind = symbol.kind();
-  double kind_weight = by_kind(ContextBuilder::KIND_WEIGHTS, kind, 1.0);
-  const auto is_kind = [&](const Text& preferred) { return preferred.view() == kind; };
-  if (std::any_of(prefer_kinds_->begin(), prefer_kinds_->end(), is_kind)) {
-    kind_weight *= ContextBuilder::PREFERRED_KIND_BOOST;
-  }
-  return total * kind_weight;
+  return total * kind_of(symbol).weight;
+}
+
+const Scorer::Kind& Scorer::kind_of(const Symbol& symbol) {
+  const std::string_view name = symbol.kind();
+  Kind& kind =
+      kinds_.at(reinterpret_cast<std::uintptr_t>(name.data()) / alignof(std::max_align_t) % kinds_.size());
+  if (kind.name == name.data() && kind.size == name.size() && kind.name != nullptr) return kind;
+  const auto is_kind = [&](const Text& text) { return text.view() == name; };
+  const bool preferred = std::any_of(prefer_kinds_->begin(), prefer_kinds_->end(), is_kind);
+  const double weight = by_kind(ContextBuilder::KIND_WEIGHTS, name, 1.0);
+  kind = {name.data(), name.size(), preferred ? weight * ContextBuilder::PREFERRED_KIND_BOOST : weight,
+          by_kind(ContextBuilder::KIND_PRIORITY, name, std::int64_t{0})};
+  return kind;
 }
 
 double ContextBuilder::_calculate_name_match(const Symbol& symbol, const std::vector<Text>& keywords) {
