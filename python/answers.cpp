@@ -15,7 +15,7 @@ py::object number_object(double value) {
 
 class HostOrder final : public Comparable {
  public:
-  explicit HostOrder(py::object value) : value_(std::move(value)) {}
+  HostOrder(Arena& /*arena*/, py::handle value) : value_(value) {}
 
   bool less(const OrderKey& other) const override { return before(value_, object_of(other)); }
   bool greater(const OrderKey& other) const override { return before(object_of(other), value_); }
@@ -23,50 +23,57 @@ class HostOrder final : public Comparable {
  private:
   static py::object object_of(const OrderKey& key) {
     if (!key.value) return number_object(key.number);
-    return static_cast<const HostOrder&>(*key.value).value_;  // this module makes no other
+    return py::reinterpret_borrow<py::object>(
+        static_cast<const HostOrder&>(*key.value).value_);  // there is no other
   }
-  static bool before(const py::object& a, const py::object& b) {
+  static bool before(py::handle a, py::handle b) {
     return is_true(asked([&] { return PyObject_RichCompare(a.ptr(), b.ptr(), Py_LT); }));
   }
 
-  py::object value_;
+  py::handle value_;
 };
 
-/// `map.get(id)`; None when missing.
-py::object get(const py::object& map, const py::object& key) {
-  if (PyDict_CheckExact(map.ptr()) == 0) return call_method(map, names::get, key);
-  PyObject* value = PyDict_GetItemWithError(map.ptr(), key.ptr());
+/// The value for `key` in a dict; null when missing.
+py::handle find_in(py::handle dict, py::handle key) {
+  PyObject* value = until_exit([&] { return PyDict_GetItemWithError(dict.ptr(), key.ptr()); });
   if (value == nullptr && PyErr_Occurred() != nullptr) throw_raised();
-  return value == nullptr ? py::none() : py::reinterpret_borrow<py::object>(value);
+  return value;
+}
+
+/// `map.get(key)`; None when missing.
+py::object get(py::handle map, const py::object& key) {
+  if (PyDict_CheckExact(map.ptr()) == 0) return call_method(map, names::get, key);
+  const py::handle value = find_in(map, key);
+  return value ? py::reinterpret_borrow<py::object>(value) : py::none();
 }
 
 class HostFileTest final : public FileTest {
  public:
-  HostFileTest(Arena& arena, py::object object) : arena_(&arena), object_(std::move(object)) {}
+  HostFileTest(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
   OrderKey rank() const override { return order_key(*arena_, attribute(object_, names::rank)); }
-  Text path() const override { return arena_->path(attribute(object_, names::path)); }
+  Text path() const override { return arena_->path(arena_->keep(attribute(object_, names::path))); }
 
  private:
   Arena* arena_;
-  py::object object_;
+  py::handle object_;
 };
 
 class HostTestRecord final : public TestRecord {
  public:
-  HostTestRecord(Arena& arena, py::object object) : arena_(&arena), object_(std::move(object)) {}
+  HostTestRecord(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
   std::shared_ptr<const FileTest> alone(const Text& path) const override {
     py::object answer = call_method(object_, names::alone, to_python(path));
     if (answer.is_none()) return nullptr;
-    return arena_->lend<HostFileTest>(*arena_, std::move(answer));
+    return arena_->lend<HostFileTest>(std::move(answer));
   }
 
  private:
   Arena* arena_;
-  py::object object_;
+  py::handle object_;
 };
 
 /// An entry of a caller's map; absent, too, when it holds None.
-OptionalText caller_text(Arena& arena, const py::object& caller, const Name& key) {
+OptionalText caller_text(Arena& arena, py::handle caller, const Name& key) {
   return arena.optional_text(get(caller, py::reinterpret_borrow<py::object>(key.object())));
 }
 
@@ -88,25 +95,30 @@ std::optional<OrderKey> HostFanIn::find(std::int64_t id) const {
   if (PyDict_CheckExact(map_.ptr()) == 0) {
     return order_key(*arena_, call_method(map_, names::get, key, checked(PyLong_FromLong(0))));
   }
-  PyObject* value = PyDict_GetItemWithError(map_.ptr(), key.ptr());
-  if (value == nullptr && PyErr_Occurred() != nullptr) throw_raised();
-  if (value == nullptr) return std::nullopt;
-  return order_key(*arena_, py::reinterpret_borrow<py::object>(value));
+  const py::handle value = find_in(map_, key);
+  return value ? std::optional(order_key(*arena_, py::reinterpret_borrow<py::object>(value))) : std::nullopt;
 }
 
 std::optional<Text> HostPathMap::find(std::int64_t id) const {
-  return arena_->optional_path(get(map_, arena_->symbol_ids.object(id)));
+  const py::object key = arena_->symbol_ids.object(id);
+  if (PyDict_CheckExact(map_.ptr()) == 0) return arena_->optional_path(call_method(map_, names::get, key));
+  const py::handle path = find_in(map_, key);
+  return path ? arena_->optional_path(path) : std::nullopt;
 }
 
 std::vector<Text> HostPathMap::values() const {
-  const py::object values = PyDict_CheckExact(map_.ptr()) != 0 ? checked(PyDict_Values(map_.ptr()))
-                                                               : call_method(map_, names::values);
   std::vector<Text> paths;
-  paths.reserve(size_hint(values));
   // A path that is None goes on to the index as it came.
-  walk(values, [&](py::object path) {
-    paths.push_back(path.is_none() ? arena_->text(std::move(path)) : arena_->path(std::move(path)));
-  });
+  const auto add = [&](const py::object& path) {
+    paths.push_back(path.is_none() ? arena_->text(path) : arena_->path(path));
+  };
+  if (PyDict_CheckExact(map_.ptr()) == 0) {
+    walk(call_method(map_, names::values), add);
+    return paths;
+  }
+  const py::object values = checked(PyDict_Values(map_.ptr()));
+  paths.reserve(size_hint(values));
+  walk(values, add);
   return paths;
 }
 
@@ -114,17 +126,23 @@ std::optional<SymbolPtr> HostSymbolMap::find(std::int64_t id) const {
   const py::object key = arena_->symbol_ids.object(id);
   if (!python::contains(map_, key)) return std::nullopt;
   const py::object entry = asked([&] { return PyObject_GetItem(map_.ptr(), key.ptr()); });
-  return arena_->lend<HostSymbol>(*arena_, first_item(entry));
+  return arena_->lend<HostSymbol>(first_item(entry));
+}
+
+bool HostPathSet::contains(const Text& path) const {
+  const py::object object = to_python(path);
+  if (PyAnySet_CheckExact(paths_.ptr()) == 0) return python::contains(paths_, object);
+  return asked([&] { return PySet_Contains(paths_.ptr(), object.ptr()); }) != 0;
 }
 
 std::vector<Text> HostPathSet::values() const {
   std::vector<Text> paths;
-  python::walk(paths_, [&](py::object path) { paths.push_back(arena_->path(std::move(path))); });
+  python::walk(paths_, [&](const py::object& path) { paths.push_back(arena_->path(path)); });
   return paths;
 }
 
 void HostTestRecords::walk(const std::function<void(const TestRecord&)>& visit) const {
-  python::walk(records_, [&](py::object record) { visit(HostTestRecord(*arena_, std::move(record))); });
+  python::walk(records_, [&](const py::object& record) { visit(HostTestRecord(*arena_, record)); });
 }
 
 std::optional<CallerSymbol> HostReference::caller_symbol() const {

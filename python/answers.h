@@ -13,67 +13,67 @@ OrderKey order_key(Arena& arena, py::object value);
 
 class HostFanIn final : public IdMap<OrderKey> {
  public:
-  HostFanIn(Arena& arena, py::object map) : arena_(&arena), map_(std::move(map)) {}
+  HostFanIn(Arena& arena, py::handle map) : arena_(&arena), map_(map) {}
   std::optional<OrderKey> find(std::int64_t id) const override;
 
  private:
   Arena* arena_;
-  py::object map_;
+  py::handle map_;
 };
 
 class HostPathMap final : public PathMap {
  public:
-  HostPathMap(Arena& arena, py::object map) : arena_(&arena), map_(std::move(map)) {}
+  HostPathMap(Arena& arena, py::handle map) : arena_(&arena), map_(map) {}
   std::optional<Text> find(std::int64_t id) const override;
   std::vector<Text> values() const override;
 
  private:
   Arena* arena_;
-  py::object map_;
+  py::handle map_;
 };
 
 /// Symbols by id; an entry's first element is the symbol.
 class HostSymbolMap final : public IdMap<SymbolPtr> {
  public:
-  HostSymbolMap(Arena& arena, py::object map) : arena_(&arena), map_(std::move(map)) {}
+  HostSymbolMap(Arena& arena, py::handle map) : arena_(&arena), map_(map) {}
   std::optional<SymbolPtr> find(std::int64_t id) const override;
 
  private:
   Arena* arena_;
-  py::object map_;
+  py::handle map_;
 };
 
 class HostPathSet final : public PathSet {
  public:
-  HostPathSet(Arena& arena, py::object paths) : arena_(&arena), paths_(std::move(paths)) {}
-  bool contains(const Text& path) const override { return python::contains(paths_, to_python(path)); }
+  HostPathSet(Arena& arena, py::handle paths) : arena_(&arena), paths_(paths) {}
+  bool contains(const Text& path) const override;
   std::vector<Text> values() const override;
 
  private:
   Arena* arena_;
-  py::object paths_;
+  py::handle paths_;
 };
 
 class HostTestRecords final : public TestRecords {
  public:
-  HostTestRecords(Arena& arena, py::object records) : arena_(&arena), records_(std::move(records)) {}
+  HostTestRecords(Arena& arena, py::handle records) : arena_(&arena), records_(records) {}
   void walk(const std::function<void(const TestRecord&)>& visit) const override;
 
  private:
   Arena* arena_;
-  py::object records_;
+  py::handle records_;
 };
 
 class HostReference final : public Reference {
  public:
-  HostReference(Arena& arena, py::object object) : arena_(&arena), object_(std::move(object)) {}
+  HostReference(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
   Text usage_type() const override { return arena_->text(attribute(object_, names::usage_type)); }
   std::optional<CallerSymbol> caller_symbol() const override;
   OptionalText context() const override { return arena_->optional_text(attribute(object_, names::context)); }
 
  private:
   Arena* arena_;
-  py::object object_;
+  py::handle object_;
 };
 
 }  // namespace tarnwick::python

@@ -7,78 +7,103 @@
 #include <memory>
 #include <memory_resource>
 #include <new>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "strings.h"
+#include "workers/context_builder/flat_map.h"
 
 namespace tarnwick::python {
 
-/// The host's own integers, for handing back what is no plain int (a bool, a subclass).
+/// The host's own integers, handed back for their values.
 class Integers {
  public:
-  void remember(std::int64_t value, const py::object& object) {
-    if (PyLong_CheckExact(object.ptr()) == 0) objects_.try_emplace(value, object);
+  /// `object` must live as long as this; of equal ones the first is handed back.
+  void remember(std::int64_t value, py::handle object) {
+    objects_.try_emplace(static_cast<std::uint64_t>(value), object.ptr());
   }
+  /// A new int for a value that was never remembered.
   py::object object(std::int64_t value) const {
-    if (!objects_.empty()) {
-      if (const auto known = objects_.find(value); known != objects_.end()) return known->second;
-    }
-    return checked(PyLong_FromLongLong(value));
+    PyObject* known = objects_.find(static_cast<std::uint64_t>(value));
+    return known != nullptr ? py::reinterpret_borrow<py::object>(known) : checked(PyLong_FromLongLong(value));
   }
 
  private:
-  std::unordered_map<std::int64_t, py::object> objects_;
+  FlatMap<PyObject> objects_;
 };
 
-/// Owns the adapters of one call: everything the component is handed lives until the call has made its
-/// result.
+/// Owns the adapters of one call and the host's objects behind them: everything the component is handed lives
+/// until the call has made its result.
 ///
 /// A build makes thousands of small adapters and drops none before its end, so they come from one growing
-/// block, and the pointers handed out count nothing. Nothing of the component may outlive the arena of its
-/// call. Used and destroyed with the interpreter lock held.
+/// block and the pointers handed out count nothing. Adapters own nothing either: what they refer to is kept
+/// here, and they go with the block, undestroyed. Nothing of the component may outlive the arena of its call.
+/// Used and destroyed with the interpreter lock held.
 class Arena {
  public:
   Arena() = default;
   Arena(const Arena&) = delete;
   Arena& operator=(const Arena&) = delete;
   ~Arena() {
-    for (const Adapter& adapter : adapters_) adapter.destroy(adapter.object);
+    until_exit([&] {
+      for (PyObject* object : kept_) Py_DECREF(object);
+      return true;
+    });
+  }
+
+  /// Keeps `object` alive as long as this.
+  py::handle keep(py::object object) {
+    kept_.push_back(object.ptr());
+    return object.release();
   }
 
   template <class T, class... Arguments>
   T& make(Arguments&&... arguments) {
-    T* object = new (memory_.allocate(sizeof(T), alignof(T))) T(std::forward<Arguments>(arguments)...);
-    adapters_.push_back({object, [](void* made) { static_cast<T*>(made)->~T(); }});
-    return *object;
+    return *new (memory_.allocate(sizeof(T), alignof(T))) T(std::forward<Arguments>(arguments)...);
   }
 
-  /// As make, as the pointers that the component takes.
-  template <class T, class... Arguments>
-  std::shared_ptr<const T> lend(Arguments&&... arguments) {
-    return {std::shared_ptr<const T>(), &make<T>(std::forward<Arguments>(arguments)...)};
+  /// Room for `count` objects, not yet made.
+  template <class T>
+  T* room(std::size_t count) {
+    return static_cast<T*>(memory_.allocate(count * sizeof(T), alignof(T)));
   }
 
-  /// Holds `object` in `text` for the length of the call.
-  const Text& hold(HostText& text, py::object object) {
-    keep(text.hold(std::move(object)));
-    return text.text();
+  /// An adapter of `object`, as the pointer that the component takes.
+  template <class T>
+  std::shared_ptr<const T> lend(py::object object) {
+    return shared(make<T>(*this, keep(std::move(object))));
   }
-  Text text(py::object object) { return hold(make<HostText>(), std::move(object)); }
-  Text path(py::object object) {
-    auto& text = make<HostText>();
-    keep(text.hold_path(std::move(object)));
-    return text.text();
+
+  /// A pointer to what the arena holds.
+  template <class T>
+  static std::shared_ptr<const T> shared(const T& held) {
+    return {std::shared_ptr<const T>(), &held};
   }
+
+  Text text(py::object object) { return text_of(keep(std::move(object))); }
+  /// As text; `object` must live as long as this.
+  Text text_of(py::handle object) { return make_text(object, characters(object)).text(); }
   /// Absent for None.
   OptionalText optional_text(py::object object) {
     if (object.is_none()) return std::nullopt;
     return text(std::move(object));
   }
-  OptionalText optional_path(py::object object) {
+
+  /// The characters of `object`, for as long as this lives.
+  std::string_view view(py::handle object) { return held(characters(object)); }
+
+  /// Candidates share files, and the index their paths: one text for each str.
+  const Text& path(py::handle object) {
+    const auto key = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(object.ptr()));
+    if (const HostText* known = paths_.find(key)) return known->text();
+    const py::handle kept = keep(py::reinterpret_borrow<py::object>(object));
+    HostText& text = make_text(kept, path_characters(kept));
+    paths_.try_emplace(key, &text);
+    return text.text();
+  }
+  OptionalText optional_path(py::handle object) {
     if (object.is_none()) return std::nullopt;
-    return path(std::move(object));
+    return path(object);
   }
 
   Integers symbol_ids;
@@ -89,20 +114,20 @@ class Arena {
   py::object include_tests;
 
  private:
-  void keep(py::object object) {
-    if (object) kept_.push_back(std::move(object));
+  std::string_view held(Characters characters) {
+    if (characters.held) keep(std::move(characters.held));
+    return characters.view;
+  }
+  HostText& make_text(py::handle kept, Characters characters) {
+    return make<HostText>(kept, held(std::move(characters)));
   }
 
-  struct Adapter {
-    void* object;
-    void (*destroy)(void*);
-  };
   static constexpr std::size_t FIRST_BLOCK = 4096;
 
   alignas(std::max_align_t) std::array<std::byte, FIRST_BLOCK> first_block_;
   std::pmr::monotonic_buffer_resource memory_{first_block_.data(), first_block_.size()};
-  std::vector<Adapter> adapters_;
-  std::vector<py::object> kept_;
+  std::vector<PyObject*> kept_;
+  FlatMap<HostText> paths_;
 };
 
 }  // namespace tarnwick::python

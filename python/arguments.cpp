@@ -36,7 +36,7 @@ std::vector<RankedSymbol> to_ranking(Arena& arena, py::handle ranked, bool symbo
   for (Py_ssize_t i = 0; i < PySequence_Fast_GET_SIZE(items.ptr()) && ranking.size() < count; ++i) {
     const auto item = py::reinterpret_borrow<py::object>(PySequence_Fast_GET_ITEM(items.ptr(), i));
     RankedSymbol& place = ranking.emplace_back();
-    if (symbols) place.symbol = arena.lend<HostSymbol>(arena, attribute(item, names::symbol));
+    if (symbols) place.symbol = arena.lend<HostSymbol>(attribute(item, names::symbol));
     place.file_path = arena.optional_path(attribute(item, names::file_path));
   }
   return ranking;

@@ -24,7 +24,7 @@ std::optional<HostRetriever> read_retriever(Arena& arena, py::handle builder, Fi
   if (fields != Fields::ALL) return std::nullopt;
   py::object retriever = attribute(builder, names::retriever);
   if (retriever.is_none()) return std::nullopt;
-  return std::optional<HostRetriever>(std::in_place, arena, std::move(retriever));
+  return std::optional<HostRetriever>(std::in_place, arena, arena.keep(std::move(retriever)));
 }
 
 bool read_list_tests(py::handle builder, Fields fields) {
@@ -183,7 +183,8 @@ py::dict constants() {
 }  // namespace
 
 BuilderCall::BuilderCall(py::handle builder, Fields fields)
-    : repository(arena, fields == Fields::NONE ? py::none() : attribute(builder, names::repository)),
+    : repository(arena,
+                 arena.keep(fields == Fields::NONE ? py::none() : attribute(builder, names::repository))),
       tokenizer(arena),
       retriever_(read_retriever(arena, builder, fields)),
       component(repository, tokenizer, retriever_ ? &*retriever_ : nullptr, read_list_tests(builder, fields),

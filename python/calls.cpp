@@ -61,22 +61,16 @@ py::object first_item(py::handle values) {
 }
 
 std::int64_t to_integer(py::handle object, const char* what) {
-  const bool plain = PyLong_Check(object.ptr()) != 0;
-  if (!plain && PyIndex_Check(object.ptr()) == 0) {
+  if (PyLong_Check(object.ptr()) == 0) {
+    if (PyIndex_Check(object.ptr()) != 0)
+      return to_integer(asked([&] { return PyNumber_Index(object.ptr()); }), what);
     throw_new(PyExc_TypeError, "%s must be an integer, not %.200s", what, Py_TYPE(object.ptr())->tp_name);
   }
-  const py::object index = plain ? py::reinterpret_borrow<py::object>(object)
-                                 : asked([&] { return PyNumber_Index(object.ptr()); });
   int overflow = 0;
-  const long long value = PyLong_AsLongLongAndOverflow(index.ptr(), &overflow);
+  const long long value = PyLong_AsLongLongAndOverflow(object.ptr(), &overflow);
   if (overflow != 0) throw_new(PyExc_OverflowError, "%s does not fit in 64 bits", what);
   if (value == -1 && PyErr_Occurred() != nullptr) throw_raised();
   return value;
-}
-
-std::optional<std::int64_t> to_optional_integer(py::handle object, const char* what) {
-  if (object.is_none()) return std::nullopt;
-  return to_integer(object, what);
 }
 
 double to_real(py::handle object) {

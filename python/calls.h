@@ -73,7 +73,10 @@ py::object first_item(py::handle values);
 /// An integer of at most 64 bits: an int, or what Python takes for one as an index. `what` names it in the
 /// TypeError or OverflowError.
 std::int64_t to_integer(py::handle object, const char* what);
-std::optional<std::int64_t> to_optional_integer(py::handle object, const char* what);
+inline std::optional<std::int64_t> to_optional_integer(py::handle object, const char* what) {
+  if (object.is_none()) return std::nullopt;
+  return to_integer(object, what);
+}
 
 double to_real(py::handle object);
 

@@ -25,7 +25,7 @@ class LookUp {
   explicit LookUp(py::handle record)
       : record_(record),
         found_(attribute(record, names::found)),
-        repository_(arena_, attribute(record, names::repository)),
+        repository_(arena_, arena_.keep(attribute(record, names::repository))),
         tests_(repository_, to_integer(attribute(record, names::per_file), "per_file"),
                host_platform().logger) {
     tests_.failed = failed_before_ = is_true(attribute(record, names::failed));
@@ -123,7 +123,7 @@ std::span<PyMethodDef> covering_tests_methods() {
 const std::vector<Text>& HostTests::of(const OptionalText& path) {
   answer_.clear();
   walk(call_method(object_, names::of, to_python(path)),
-       [&](py::object test) { answer_.push_back(arena_->path(std::move(test))); });
+       [&](const py::object& test) { answer_.push_back(arena_->path(test)); });
   return answer_;
 }
 

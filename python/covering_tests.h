@@ -23,15 +23,14 @@ std::span<PyMethodDef> covering_tests_methods();
 /// Whatever a host hands in as the tests of a pack: only its `of` is asked.
 class HostTests final : public CoveringTests {
  public:
-  HostTests(Arena& arena, py::object object)
-      : CoveringTests(arena.make<HostRepository>(arena, py::none()), 0),
-        arena_(&arena),
-        object_(std::move(object)) {}
+  /// `object` must live as long as the arena.
+  HostTests(Arena& arena, py::handle object)
+      : CoveringTests(arena.make<HostRepository>(arena, Py_None), 0), arena_(&arena), object_(object) {}
   const std::vector<Text>& of(const OptionalText& path) override;
 
  private:
   Arena* arena_;
-  py::object object_;
+  py::handle object_;
   std::vector<Text> answer_;
 };
 

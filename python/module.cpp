@@ -4,6 +4,7 @@
 
 #include "arguments.h"
 #include "builder.h"
+#include "readers.h"
 #include "records.h"
 #include "retrieval.h"
 
@@ -81,6 +82,7 @@ void fill(py::module_ module) {
   module.attr("_MIN_KEYWORD") = MIN_KEYWORD;
   module.attr("_NO_TESTS") = to_python(NO_TESTS);
   module.attr("logger") = py::module_::import("logging").attr("getLogger")(MODULE_NAME);
+  make_reader();
   add_record_types(module);
   add_context_builder(module);
 }

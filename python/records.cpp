@@ -128,8 +128,8 @@ py::object to_python(const ContextPack& pack) {
 py::object to_python(const std::vector<RankedSymbol>& ranked) {
   return to_list(ranked, [](const RankedSymbol& item) {
     const py::object score = checked(PyFloat_FromDouble(item.score));
-    return checked(PyObject_CallFunctionObjArgs(ranked_symbol_type, to_python(item.symbol).ptr(), score.ptr(),
-                                                to_python(item.file_path).ptr(), nullptr));
+    return checked(PyObject_CallFunctionObjArgs(ranked_symbol_type, host_object(item.symbol).ptr(),
+                                                score.ptr(), to_python(item.file_path).ptr(), nullptr));
   });
 }
 
@@ -154,10 +154,6 @@ py::object to_python(const std::vector<RelatedSymbol>& related) {
 
 py::object to_python(const std::vector<Text>& texts) {
   return to_list(texts, [](const Text& text) { return to_python(text); });
-}
-
-py::object to_python(const std::vector<SymbolPtr>& symbols) {
-  return to_list(symbols, [](const SymbolPtr& symbol) { return to_python(symbol); });
 }
 
 py::object to_python(const std::vector<ContextBuilder::CostedRow>& rows) {

@@ -16,7 +16,6 @@ py::object to_python(const std::vector<RankedSymbol>& ranked);
 py::object to_python(const std::vector<Parameter>& parameters);
 py::object to_python(const std::vector<RelatedSymbol>& related);
 py::object to_python(const std::vector<Text>& texts);
-py::object to_python(const std::vector<SymbolPtr>& symbols);
 /// Pairs of a row and its cost.
 py::object to_python(const std::vector<ContextBuilder::CostedRow>& rows);
 

@@ -8,8 +8,8 @@ py::object path_list(const std::vector<Text>& paths) {
 }
 
 /// The id of a component or a file.
-std::optional<std::int64_t> read_id(const py::object& record, Integers& ids, const char* what) {
-  const py::object object = attribute(record, names::id);
+std::optional<std::int64_t> read_id(Arena& arena, const py::object& record, Integers& ids, const char* what) {
+  const py::handle object = arena.keep(attribute(record, names::id));
   const std::optional<std::int64_t> id = to_optional_integer(object, what);
   if (id) ids.remember(*id, object);
   return id;
@@ -28,40 +28,39 @@ SymbolMatches HostRepository::search_symbols(const Text& pattern, std::int64_t l
 std::optional<Component> HostRepository::get_component_by_name(const Text& name) const {
   const py::object component = call_method(object_, names::get_component_by_name, to_python(name));
   if (component.is_none()) return std::nullopt;
-  return Component{read_id(component, arena_->component_ids, "a component's id")};
+  return Component{read_id(*arena_, component, arena_->component_ids, "a component's id")};
 }
 
 std::vector<File> HostRepository::get_files_by_component(std::int64_t component_id) const {
   const py::object id = arena_->component_ids.object(component_id);
   std::vector<File> files;
-  walk(call_method(object_, names::get_files_by_component, id),
-       [&](const py::object& file) { files.push_back({read_id(file, arena_->file_ids, "a file's id")}); });
+  walk(call_method(object_, names::get_files_by_component, id), [&](const py::object& file) {
+    files.push_back({read_id(*arena_, file, arena_->file_ids, "a file's id")});
+  });
   return files;
 }
 
 std::shared_ptr<const PathMap> HostRepository::get_file_paths_batch(
     const std::vector<SymbolPtr>& symbols) const {
-  const py::object list = to_list(symbols, [](const SymbolPtr& symbol) { return to_python(symbol); });
-  return arena_->lend<HostPathMap>(*arena_, call_method(object_, names::get_file_paths_batch, list));
+  return arena_->lend<HostPathMap>(call_method(object_, names::get_file_paths_batch, to_python(symbols)));
 }
 
 std::shared_ptr<const IdMap<OrderKey>> HostRepository::production_fan_in(
     const std::vector<std::int64_t>& ids) const {
-  return arena_->lend<HostFanIn>(*arena_, call_method(object_, names::production_fan_in, id_list(ids)));
+  return arena_->lend<HostFanIn>(call_method(object_, names::production_fan_in, id_list(ids)));
 }
 
 std::shared_ptr<const PathSet> HostRepository::test_paths(const std::vector<Text>& paths) const {
-  return arena_->lend<HostPathSet>(*arena_, call_method(object_, names::test_paths, path_list(paths)));
+  return arena_->lend<HostPathSet>(call_method(object_, names::test_paths, path_list(paths)));
 }
 
 std::shared_ptr<const IdMap<SymbolPtr>> HostRepository::symbols_with_paths(
     const std::vector<std::int64_t>& ids) const {
-  return arena_->lend<HostSymbolMap>(*arena_, call_method(object_, names::symbols_with_paths, id_list(ids)));
+  return arena_->lend<HostSymbolMap>(call_method(object_, names::symbols_with_paths, id_list(ids)));
 }
 
 std::shared_ptr<const TestRecords> HostRepository::find_covering_tests(const std::vector<Text>& paths) const {
-  return arena_->lend<HostTestRecords>(*arena_,
-                                       call_method(object_, names::find_covering_tests, path_list(paths)));
+  return arena_->lend<HostTestRecords>(call_method(object_, names::find_covering_tests, path_list(paths)));
 }
 
 std::vector<SymbolPtr> HostRepository::get_symbols_by_file(std::int64_t file_id) const {
@@ -74,7 +73,7 @@ References HostRepository::get_references(const Text& fqn) const {
   References answer;
   if (!is_true(references)) return answer;
   walk(references, [&](py::object reference) {
-    answer.references.push_back(arena_->lend<HostReference>(*arena_, std::move(reference)));
+    answer.references.push_back(arena_->lend<HostReference>(std::move(reference)));
   });
   return answer;
 }
@@ -82,7 +81,7 @@ References HostRepository::get_references(const Text& fqn) const {
 SymbolPtr HostRepository::get_symbol_by_fqn(const Text& fqn) const {
   py::object symbol = call_method(object_, names::get_symbol_by_fqn, to_python(fqn));
   if (symbol.is_none()) return nullptr;
-  return arena_->lend<HostSymbol>(*arena_, std::move(symbol));
+  return arena_->lend<HostSymbol>(std::move(symbol));
 }
 
 py::object HostRepository::id_list(const std::vector<std::int64_t>& ids) const {

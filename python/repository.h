@@ -8,12 +8,16 @@ namespace tarnwick::python {
 /// Asks a host's index with the host's own objects; reads of an answer what the component uses of it.
 class HostRepository final : public Repository {
  public:
-  HostRepository(Arena& arena, py::object object) : arena_(&arena), object_(std::move(object)) {}
+  /// `object` must live as long as the arena.
+  HostRepository(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
 
   SymbolMatches search_symbols(const Text& pattern, std::int64_t limit, bool source_only) const override;
   std::optional<Component> get_component_by_name(const Text& name) const override;
   std::vector<File> get_files_by_component(std::int64_t component_id) const override;
   std::shared_ptr<const PathMap> get_file_paths_batch(const std::vector<SymbolPtr>& symbols) const override;
+  void fetch_scored_fields(const std::vector<SymbolPtr>& symbols) const override {
+    read_scored_members(*arena_, symbols);
+  }
   std::shared_ptr<const IdMap<OrderKey>> production_fan_in(
       const std::vector<std::int64_t>& ids) const override;
   std::shared_ptr<const PathSet> test_paths(const std::vector<Text>& paths) const override;
@@ -28,7 +32,7 @@ class HostRepository final : public Repository {
   py::object id_list(const std::vector<std::int64_t>& ids) const;
 
   Arena* arena_;
-  py::object object_;
+  py::handle object_;
 };
 
 }  // namespace tarnwick::python

@@ -14,11 +14,11 @@ constexpr std::int64_t NO_ID = std::numeric_limits<std::int64_t>::min();
 
 class HostHit final : public Hit {
  public:
-  HostHit(Arena& arena, py::object object) : arena_(&arena), object_(std::move(object)) {}
+  HostHit(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
 
   double score() const override { return to_real(attribute(object_, names::score)); }
   std::int64_t symbol_id() const override {
-    const py::object object = attribute(symbol(), names::id);
+    const py::handle object = arena_->keep(attribute(symbol(), names::id));
     // None goes to the index like any id, which does not know it.
     const std::int64_t id = to_optional_integer(object, "the id of a hit's symbol").value_or(NO_ID);
     arena_->symbol_ids.remember(id, object);
@@ -30,7 +30,7 @@ class HostHit final : public Hit {
   py::object symbol() const { return attribute(object_, names::symbol); }
 
   Arena* arena_;
-  py::object object_;
+  py::handle object_;
 };
 
 py::object tokenizer_function(const Name& name) {
@@ -54,7 +54,7 @@ RetrievalResult HostRetriever::retrieve(const Text& task, std::int64_t limit, bo
       names::include_tests, arena_->include_tests ? arena_->include_tests : python_bool(include_tests));
   RetrievalResult result;
   walk(attribute(answer, names::hits),
-       [&](py::object hit) { result.hits.push_back(arena_->lend<HostHit>(*arena_, std::move(hit))); });
+       [&](py::object hit) { result.hits.push_back(arena_->lend<HostHit>(std::move(hit))); });
   result.note = arena_->optional_text(attribute(answer, names::note));
   return result;
 }
@@ -73,7 +73,7 @@ std::vector<Text> HostTokenizer::query_names(const Text& task) const {
 }
 
 std::shared_ptr<const QueryTerms> HostTokenizer::query_terms(const Text& task) const {
-  return arena_->lend<HostQueryTerms>(*arena_, call(names::query_terms, to_python(task)));
+  return arena_->lend<HostQueryTerms>(call(names::query_terms, to_python(task)));
 }
 
 bool HostTokenizer::is_test_query(const QueryTerms& terms) const {
@@ -84,7 +84,8 @@ bool HostTokenizer::is_test_query(const QueryTerms& terms) const {
 
 py::object retrieval_attribute(py::handle name) {
   static PyObject* const module_name = PyUnicode_InternFromString(RETRIEVAL_MODULE);
-  auto module = py::reinterpret_steal<py::object>(PyImport_GetModule(module_name));
+  auto module =
+      py::reinterpret_borrow<py::object>(PyDict_GetItemWithError(PyImport_GetModuleDict(), module_name));
   if (!module && PyErr_Occurred() != nullptr) throw_raised();
   if (!module || module.is_none()) module = asked([&] { return PyImport_Import(module_name); });
   return asked([&] { return PyObject_GetAttr(module.ptr(), name.ptr()); });

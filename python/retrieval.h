@@ -9,24 +9,24 @@ namespace tarnwick::python {
 
 class HostRetriever final : public HybridRetriever {
  public:
-  HostRetriever(Arena& arena, py::object object) : arena_(&arena), object_(std::move(object)) {}
+  HostRetriever(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
   RetrievalResult retrieve(const Text& task, std::int64_t limit, bool include_tests) const override;
 
  private:
   Arena* arena_;
-  py::object object_;
+  py::handle object_;
 };
 
 class HostQueryTerms final : public QueryTerms {
  public:
-  HostQueryTerms(Arena& arena, py::object object) : arena_(&arena), object_(std::move(object)) {}
+  HostQueryTerms(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
   std::vector<Text> values() const override;
   bool contains(std::string_view word) const override { return python::contains(object_, to_python(word)); }
-  const py::object& object() const { return object_; }
+  py::handle object() const { return object_; }
 
  private:
   Arena* arena_;
-  py::object object_;
+  py::handle object_;
 };
 
 /// The host's tokenizer functions, found anew at each call: what the host has set on this module, else what

@@ -183,7 +183,7 @@ PyObject* test_rows(PyObject* /*self*/, PyObject* arguments, PyObject* keywords)
     parse(arguments, keywords, "OO:_test_rows", {"sources", "tests"}, &sources, &tests);
     Arena arena;
     std::vector<Text> paths;
-    walk(sources, [&](py::object path) { paths.push_back(arena.path(std::move(path))); });
+    walk(sources, [&](const py::object& path) { paths.push_back(arena.path(path)); });
     HostTests asked(arena, borrowed(tests));
     return to_python(ContextBuilder::_test_rows(paths, asked));
   });

@@ -12,33 +12,44 @@ namespace tarnwick::python {
 /// How lone surrogates cross: as three bytes each.
 inline constexpr const char* SURROGATES = "surrogatepass";
 
-/// A host's object that stands for a text, so that the text comes back as that very object. The texts it
-/// gives share nothing with it but its address: it must outlive them.
+/// The characters of a host's object.
+struct Characters {
+  std::string_view view;
+  py::object held;  ///< what must be kept alive for the view besides the object; mostly null
+};
+
+Characters encoded(py::handle string);
+Characters opaque(py::handle object);
+Characters path_characters(py::handle path);
+
+/// The characters of a str, without a copy where Python has them in UTF-8. Any other object passes through
+/// unread: no characters when it is false, one character that no text has when it is true.
+inline Characters characters(py::handle object) {
+  PyObject* string = object.ptr();
+  if (PyUnicode_Check(string) == 0) return opaque(object);
+  if (PyUnicode_IS_COMPACT_ASCII(string)) {
+    const auto* data = reinterpret_cast<const char*>(PyUnicode_1BYTE_DATA(string));
+    return {{data, static_cast<std::size_t>(PyUnicode_GET_LENGTH(string))}, {}};
+  }
+  return encoded(object);
+}
+
+/// A host's object that stands for a text, so that the text comes back as that very object. Owns neither the
+/// object nor the characters; both, and this, must outlive the texts.
 class HostText final : public Text::Owner {
  public:
-  /// Takes a str as its characters, without a copy where Python already has them in UTF-8. Any other object
-  /// passes through unread: no characters when it is false, one character that no text has when it is true.
-  /// Returns what must be kept alive besides the object; mostly null.
-  py::object hold(py::object object);
-  /// As hold, for a path: a str or an os.PathLike. Throws TypeError for anything else.
-  py::object hold_path(py::object path);
+  HostText(py::handle object, std::string_view view)
+      : object_(object), text_(view, std::shared_ptr<const Owner>(std::shared_ptr<const Owner>(), this)) {}
 
   const Text& text() const { return text_; }
-  /// Null before anything was held.
-  const py::object& object() const { return object_; }
+  py::handle object() const { return object_; }
   /// Whether `view` is all of the text, not a part of it.
   bool is_whole(std::string_view view) const {
     return view.data() == text_.view().data() && view.size() == text_.view().size();
   }
 
  private:
-  void show(std::string_view view) {
-    text_ = Text(view, std::shared_ptr<const Owner>(std::shared_ptr<const Owner>(), this));
-  }
-  /// Shows the characters of a str; returns where they are if not in the str.
-  py::object show_string(py::handle string);
-
-  py::object object_;
+  py::handle object_;
   Text text_;
 };
 
