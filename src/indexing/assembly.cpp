@@ -78,6 +78,33 @@ std::string_view last_part(std::string_view name) {
   return end == std::string_view::npos || end + 1 == name.size() ? name : name.substr(end + 1);
 }
 
+/// Behind the brace that closes the one at `at`; the end of the text if none does. Comments and strings do
+/// not count.
+std::size_t closing_brace(std::string_view text, std::size_t at) {
+  const auto behind = [&](std::string_view end, std::size_t from) {
+    const auto found = text.find(end, from);
+    return found == std::string_view::npos ? text.size() : found + end.size();
+  };
+  int depth = 0;
+  while (at < text.size()) {
+    const char c = text[at];
+    if (text.substr(at).starts_with("//")) {
+      at = behind("\n", at);
+    } else if (text.substr(at).starts_with("/*")) {
+      at = behind("*/", at + 2);
+    } else if (c == '"' || c == '\'') {
+      for (++at; at < text.size() && text[at] != c && text[at] != '\n'; ++at)
+        if (text[at] == '\\') ++at;
+      ++at;
+    } else {
+      depth += c == '{' ? 1 : c == '}' ? -1 : 0;
+      ++at;
+      if (depth == 0) return at;
+    }
+  }
+  return text.size();
+}
+
 class Lines {
  public:
   explicit Lines(std::string_view text) {
@@ -109,6 +136,7 @@ class Assembler {
   }
 
   FileFacts run() {
+    if (raw_.has_error) close_bodies();
     merge_definitions();
     wrap_definitions();
     merge_uses();
@@ -121,6 +149,7 @@ class Assembler {
       handle(event);
     }
     std::ranges::stable_sort(facts_.uses, {}, &Use::line);
+    facts_.has_error = raw_.has_error;
     return std::move(facts_);
   }
 
@@ -143,6 +172,15 @@ class Assembler {
     Type type = Type::USE;
     std::size_t index = 0;
   };
+
+  /// An error may end a type before its body does, or leave no more of it than its head.
+  void close_bodies() {
+    for (auto& each : raw_.definitions) {
+      if (!each.body || text_[*each.body] != '{') continue;
+      const bool closed = each.range.end > *each.body + 1 && text_[each.range.end - 1] == '}';
+      if (!closed) each.range.end = std::max(each.range.end, closing_brace(text_, *each.body));
+    }
+  }
 
   /// Two patterns may find the same name: the earlier one tells the kind, marks add up.
   void merge_definitions() {

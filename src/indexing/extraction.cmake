@@ -16,6 +16,7 @@ configure_file(query_texts.cpp.in query_texts.cpp @ONLY)
 add_library(
   tarnwick_extraction STATIC
   assembly.cpp
+  attribute_macros.cpp
   documentation.cpp
   extraction.cpp
   fallback.cpp

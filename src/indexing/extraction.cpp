@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "indexing/assembly.h"
+#include "indexing/attribute_macros.h"
 #include "indexing/fallback.h"
 #include "indexing/guards.h"
 #include "indexing/raw_facts.h"
@@ -204,15 +205,11 @@ Owned<TSTree> parse(const TSLanguage* grammar, std::string_view text, const Extr
       ts_parser_parse_string(parser.get(), nullptr, text.data(), static_cast<std::uint32_t>(text.size())));
 }
 
-struct Collected {
-  RawFacts facts;
-  bool has_error = false;
-};
-
 /// Nothing when the time did not suffice.
-std::optional<Collected> collect(const TSLanguage* grammar, const Query& query, std::string_view text,
-                                 const ExtractionLimits& limits) {
-  auto tree = parse(grammar, text, limits);
+std::optional<RawFacts> collect(const Language& language, const TSLanguage* grammar, const Query& query,
+                                std::string_view text, const ExtractionLimits& limits) {
+  const auto plainer = language.has_attribute_macros ? without_attribute_macros(text) : std::nullopt;
+  auto tree = parse(grammar, plainer ? *plainer : text, limits);
   if (!tree) return std::nullopt;
   const auto deadline = Clock::now() + limits.time;
   thread_local SyntaxTree nodes;
@@ -222,7 +219,9 @@ std::optional<Collected> collect(const TSLanguage* grammar, const Query& query, 
   Collector collector(text);
   if (!query.run(nodes, text, deadline, [&](const Match& match) { collector.add(match); }))
     return std::nullopt;
-  return Collected{collector.take(), has_error};
+  RawFacts facts = collector.take();
+  facts.has_error = has_error;
+  return facts;
 }
 
 }  // namespace
@@ -230,12 +229,10 @@ std::optional<Collected> collect(const TSLanguage* grammar, const Query& query, 
 FileFacts extract(const Language& language, const TSLanguage* grammar, const Query& query,
                   std::string_view folded_text, std::string_view path, const ExtractionLimits& limits) {
   const bool addressable = folded_text.size() < std::numeric_limits<std::uint32_t>::max();
-  auto raw =
-      addressable && is_parsable(folded_text) ? collect(grammar, query, folded_text, limits) : std::nullopt;
+  auto raw = addressable && is_parsable(folded_text) ? collect(language, grammar, query, folded_text, limits)
+                                                     : std::nullopt;
   if (!raw) return read_plainly(language, folded_text, path);
-  auto facts = assemble(std::move(raw->facts), language, folded_text, path);
-  facts.has_error = raw->has_error;
-  return facts;
+  return assemble(*std::move(raw), language, folded_text, path);
 }
 
 FileFacts extract(const Language& language, std::string_view folded_text, std::string_view path,

@@ -37,9 +37,6 @@ constexpr std::size_t WINDOW = 64;
 /// long again: each commit leaves the search tables more to merge.
 constexpr std::chrono::seconds BATCH_TIME{2};
 
-/// Beyond this a language is not worth telling from the text.
-constexpr std::size_t HEAD_BYTES = 256;
-
 std::int64_t now_ns() {
   const auto now = std::chrono::system_clock::now().time_since_epoch();
   return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
@@ -118,8 +115,7 @@ class Reader {
 
   FileRecord digest(storage::FileInfo info, const std::string& bytes) const {
     const std::string text = storage::decode_source(bytes);
-    const std::string language =
-        extractor_.language_of(info.path, std::string_view(text).substr(0, HEAD_BYTES));
+    const std::string language = extractor_.language_of(info.path, text);
     std::string_view skip = skips::by_content(bytes, text);
     if (skip.empty() && language.empty()) skip = skips::UNSUPPORTED;
     if (!skip.empty()) {

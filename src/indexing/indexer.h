@@ -21,7 +21,7 @@ class Extractor {
   Extractor& operator=(const Extractor&) = delete;
   virtual ~Extractor() = default;
 
-  /// The language of a file by its path and, where that leaves it open, the beginning of its text; empty:
+  /// The language of a file by its path and, where that leaves it open, its text; empty:
   /// none that is read. With `text` absent the answer is for the name alone, and "unknown" means that the
   /// text must tell.
   virtual std::string language_of(std::string_view path, std::optional<std::string_view> text) const = 0;

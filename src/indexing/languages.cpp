@@ -98,7 +98,8 @@ constexpr auto ROWS = std::to_array<Language>({
      .grammar = tree_sitter_c,
      .queries = "c",
      .extensions = ".c .h",
-     .test_files = "test_*.c *_test.c *_tests.c *_unittest.c test.c"},
+     .test_files = "test_*.c *_test.c *_tests.c *_unittest.c test.c",
+     .has_attribute_macros = true},
     {.name = "cpp",
      .grammar = tree_sitter_cpp,
      .queries = "c cpp",
@@ -106,7 +107,8 @@ constexpr auto ROWS = std::to_array<Language>({
      .separator = "::",
      .test_files =
          "*_test.cc *_test.cpp *_test.cxx *_tests.cc *_tests.cpp *_unittest.cc *_unittest.cpp *Test.cpp "
-         "*Tests.cpp *Test.cc test_*.cc test_*.cpp *-test.cc *-test.cpp *_test.h *_unittest.h"},
+         "*Tests.cpp *Test.cc test_*.cc test_*.cpp *-test.cc *-test.cpp *_test.h *_unittest.h",
+     .has_attribute_macros = true},
     {.name = "csharp",
      .grammar = tree_sitter_c_sharp,
      .queries = "csharp",

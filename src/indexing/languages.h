@@ -39,6 +39,7 @@ struct Language {
   std::string_view test_files = {};        ///< patterns of file names
   std::string_view test_directories = {};  ///< names, besides those that mean tests in any language
   bool upper_case_constants = false;       ///< an all-upper-case variable is a constant
+  bool has_attribute_macros = false;       ///< attribute_macros.h
   bool is_document = false;  ///< documentation or data: found only by searches beyond source code
 };
 

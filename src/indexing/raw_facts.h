@@ -82,6 +82,7 @@ struct RawFacts {
   std::vector<std::string_view> exported_names;
   std::string_view package;
   bool exclusive_exports = false;
+  bool has_error = false;  ///< of syntax
 };
 
 }  // namespace tarnwick::indexing

@@ -10,6 +10,10 @@
 (alias_declaration name: (type_identifier) @name) @definition.type
 (concept_definition name: (identifier) @name) @definition.type
 (namespace_definition name: (_) @name body: (_) @body (#set! only-documented)) @definition.namespace
+; Heads that an error has cut from their bodies
+(ERROR "namespace" @definition.namespace . (_) @name . "{" @body (#set! only-documented))
+(ERROR "class" @definition.class . (type_identifier) @name "{" @body)
+(ERROR "struct" @definition.struct . (type_identifier) @name "{" @body)
 (namespace_definition !name) @scope.hidden
 (lambda_expression) @scope.local
 

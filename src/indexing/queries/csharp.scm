@@ -2,6 +2,9 @@
 (attribute_list) @attribute
 
 (namespace_declaration name: (_) @name) @scope.namespace
+; Heads that an error has cut from their bodies
+(ERROR "namespace" @definition.namespace . (_) @name . "{" @body (#set! only-documented))
+(ERROR "class" @definition.class . (identifier) @name "{" @body)
 (file_scoped_namespace_declaration name: (_) @package)
 
 (class_declaration name: (identifier) @name body: (_)? @body) @definition.class

@@ -47,3 +47,7 @@
 
 (import_declaration (scoped_identifier scope: (_) @module name: (_) @name) .) @import
 (import_declaration (_) @module (asterisk) @name) @import
+
+; Heads that an error has cut from their bodies
+(ERROR "class" @definition.class . (identifier) @name "{" @body)
+(ERROR "interface" @definition.interface . (identifier) @name "{" @body)
