@@ -78,17 +78,23 @@ Location locate(const RepositoryOptions& options) {
   return location;
 }
 
+const indexing::SourceExtractor& extractor() {
+  static const auto folder = indexing::own_languages_folder();
+  static const indexing::SourceExtractor EXTRACTOR(folder ? indexing::read_own_languages(*folder)
+                                                          : indexing::OwnLanguages());
+  return EXTRACTOR;
+}
+
 indexing::IndexReport update(const Location& location, const RepositoryOptions& options,
                              const UpdateLimits& limits) {
   const InterruptGuard interrupts;
   ShownProgress progress;
-  const indexing::SourceExtractor extractor;
   const indexing::IndexReport report = indexing::update_index({.root = location.root,
                                                                .index_file = location.index_file,
                                                                .include_ignored = options.ignored,
                                                                .full = limits.full,
                                                                .stop = interrupts.token(),
-                                                               .extractor = &extractor},
+                                                               .extractor = &extractor()},
                                                               &progress);
   if (interrupts.signal() == 0) {
     indexing::update_history({.root = location.root,

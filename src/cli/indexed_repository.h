@@ -9,6 +9,7 @@
 #include <string>
 
 #include "indexing/indexer.h"
+#include "indexing/source_extractor.h"
 
 namespace tarnwick::cli {
 
@@ -31,6 +32,9 @@ struct Location {
 
 /// Finds them. Throws Failure for a directory that is none.
 Location locate(const RepositoryOptions& options);
+
+/// Reads source files, those in languages of the user's own too.
+const indexing::SourceExtractor& extractor();
 
 struct UpdateLimits {
   bool full = false;  ///< read every file anew

@@ -14,7 +14,6 @@
 #include "cli/commands.h"
 #include "cli/failure.h"
 #include "cli/indexed_repository.h"
-#include "indexing/source_extractor.h"
 #include "mcp/context_tool.h"
 #include "mcp/serve.h"
 #include "mcp/stored_source.h"
@@ -59,7 +58,6 @@ std::string name_of(const fs::path& root, const std::vector<Location>& all) {
 }
 
 mcp::Sources sources_of(const McpOptions& options) {
-  static const indexing::SourceExtractor EXTRACTOR;
   const std::vector<Location> locations = locations_of(options);
   mcp::Sources sources;
   for (const Location& location : locations) {
@@ -67,7 +65,7 @@ mcp::Sources sources_of(const McpOptions& options) {
     update.root = location.root;
     update.index_file = location.index_file;
     update.include_ignored = options.ignored;
-    update.extractor = &EXTRACTOR;
+    update.extractor = &extractor();
     sources.push_back(
         std::make_unique<mcp::StoredSource>(name_of(location.root, locations), std::move(update)));
   }

@@ -63,6 +63,17 @@ void print_components(const std::vector<storage::ComponentStatus>& components) {
   if (listed < components.size()) std::cout << fmt::format("  and {} more\n", components.size() - listed);
 }
 
+/// Languages of the user's own, and what is wrong with those that are left out.
+void print_own_languages(const indexing::OwnLanguages& own) {
+  if (own.languages.empty() && own.problems.empty()) return;
+  std::cout << "\nOwn languages\n";
+  for (const auto& language : own.languages) {
+    std::cout << fmt::format("  {}: {}{}{}\n", shown(language->name), shown(language->extensions),
+                             shown(language->file_names), shown(language->interpreters));
+  }
+  for (const auto& problem : own.problems) std::cout << fmt::format("  left out: {}\n", shown(problem));
+}
+
 void print_status(const Location& location, const storage::IndexStatus& status) {
   std::cout << fmt::format("Repository  {}\nIndex       {}\n", shown(location.root.string()),
                            shown(location.index_file.string()));
@@ -74,6 +85,7 @@ void print_status(const Location& location, const storage::IndexStatus& status) 
   std::cout << fmt::format("Indexed     {}{}\n",
                            status.indexed_at ? time_of(*status.indexed_at) : "not completely yet", commit);
   print_languages(status.languages);
+  print_own_languages(extractor().own());
   print_components(status.components);
   if (!status.skipped.empty()) std::cout << "\nLeft out\n";
   for (const auto& [reason, files] : status.skipped) std::cout << fmt::format("  {}: {}\n", reason, files);

@@ -13,6 +13,10 @@ string(SHA256 query_fingerprint "${query_texts}")
 string(SUBSTRING ${query_fingerprint} 0 16 query_fingerprint)
 configure_file(query_texts.cpp.in query_texts.cpp @ONLY)
 
+find_package(PkgConfig REQUIRED)
+find_package(nlohmann_json REQUIRED)
+pkg_check_modules(XXHASH REQUIRED IMPORTED_TARGET libxxhash)
+
 add_library(
   tarnwick_extraction STATIC
   assembly.cpp
@@ -23,6 +27,7 @@ add_library(
   guards.cpp
   languages.cpp
   module_path.cpp
+  own_languages.cpp
   query.cpp
   query_patterns.cpp
   signature.cpp
@@ -31,4 +36,4 @@ add_library(
   test_paths.cpp
   ${CMAKE_CURRENT_BINARY_DIR}/query_texts.cpp)
 target_include_directories(tarnwick_extraction PUBLIC ${PROJECT_SOURCE_DIR}/src PRIVATE ${PROJECT_SOURCE_DIR}/include)
-target_link_libraries(tarnwick_extraction PUBLIC tarnwick_grammars PRIVATE tarnwick_text tarnwick_warnings)
+target_link_libraries(tarnwick_extraction PUBLIC tarnwick_grammars PRIVATE tarnwick_text tarnwick_warnings nlohmann_json::nlohmann_json PkgConfig::XXHASH ${CMAKE_DL_LIBS})

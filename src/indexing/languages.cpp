@@ -210,17 +210,22 @@ const Language* find(const Index& index, std::string_view key) {
   return found == index.end() ? nullptr : found->second;
 }
 
-/// The language that the first line of a script names: `#!/usr/bin/env -S python3 -u` is Python.
+/// Calls `visit` with the words of a script's first line, without their folders and versions, until one call
+/// answers true; whether one did: `#!/usr/bin/env -S python3 -u` gives env, -S, python, -u.
+template <class Visit>
+bool any_interpreter(std::string_view text, Visit visit) {
+  if (!text.starts_with("#!")) return false;
+  return any_word(text.substr(2, text.find('\n') - 2), [&](std::string_view word) {
+    word.remove_prefix(word.rfind('/') + 1);  // 0 where there is none
+    return visit(word.substr(0, word.find_last_not_of("0123456789.") + 1));
+  });
+}
+
+/// The language that the first line of a script names.
 const Language* by_interpreter(std::string_view text) {
   static const Index interpreters = index_by(&Language::interpreters);
-  if (!text.starts_with("#!")) return nullptr;
   const Language* found = nullptr;
-  any_word(text.substr(2, text.find('\n') - 2), [&](std::string_view word) {
-    word.remove_prefix(word.rfind('/') + 1);  // 0 where there is none
-    word = word.substr(0, word.find_last_not_of("0123456789.") + 1);
-    found = find(interpreters, word);
-    return found != nullptr;
-  });
+  any_interpreter(text, [&](auto word) { return (found = find(interpreters, word)) != nullptr; });
   return found;
 }
 
@@ -256,6 +261,17 @@ const Language* language_named(std::string_view name) {
 bool needs_text(std::string_view path) {
   const auto name = path.substr(path.rfind('/') + 1);
   return name.ends_with(".h") || (name.find('.') == std::string_view::npos && language_of(name) == nullptr);
+}
+
+bool claims(const Language& language, std::string_view path, std::string_view text) {
+  const auto name = path.substr(path.rfind('/') + 1);
+  if (any_word(language.file_names, [&](auto each) { return each == name; })) return true;
+  const auto dot = name.rfind('.');
+  if (dot != std::string_view::npos)
+    return any_word(language.extensions, [&](auto each) { return each == name.substr(dot); });
+  return any_interpreter(text, [&](auto word) {
+    return any_word(language.interpreters, [&](auto each) { return each == word; });
+  });
 }
 
 const Language* language_of(std::string_view path, std::string_view text) {

@@ -56,8 +56,14 @@ bool needs_text(std::string_view path);
 /// The row of that name; null if there is none.
 const Language* language_named(std::string_view name);
 
-/// Whether a path (with `/`) is that of test code by the conventions of its language.
-bool is_test_path(std::string_view path);
+/// Whether a language claims a file: by its name or its extension, or, where it has none, by its `#!` line.
+bool claims(const Language& language, std::string_view path, std::string_view text);
+
+/// Whether a path (with `/`) is that of test code by the conventions of its language, which may be null.
+bool is_test_path(std::string_view path, const Language* language);
+inline bool is_test_path(std::string_view path) {
+  return is_test_path(path, language_of(path));
+}
 
 /// The module that a path's file makes in its language, without a separator behind; empty where it has none.
 std::string module_of(const Language& language, std::string_view path);

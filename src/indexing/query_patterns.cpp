@@ -95,7 +95,7 @@ class Parser {
 
  private:
   [[noreturn]] void refuse(const std::string& reason) const {
-    throw std::invalid_argument("Query of the language " + std::string(name_) + ": " + reason);
+    throw std::invalid_argument("query " + std::string(name_) + ": " + reason);
   }
   [[noreturn]] void refuse(std::size_t at, std::string_view reason) const {
     constexpr std::size_t SHOWN = 40;

@@ -41,8 +41,7 @@ bool is_test_project(std::string_view directory, std::string_view parent) {
 
 }  // namespace
 
-bool is_test_path(std::string_view path) {
-  const auto* language = language_of(path);
+bool is_test_path(std::string_view path, const Language* language) {
   std::string_view parent;
   for (auto slash = path.find('/'); slash != std::string_view::npos; slash = path.find('/')) {
     const auto directory = path.substr(0, slash);

@@ -90,6 +90,14 @@ def test_a_damaged_index_is_set_aside_and_rebuilt(shop):
     assert any("damaged" in path.name for path in file.parent.iterdir())
 
 
+def test_a_faulty_own_language_is_left_out_and_listed(shop, tmp_path):
+    write_tree(tmp_path / "tarnwick" / "languages", {"zig/language.json": '{"extensions": [".zig"]}'})
+    configuration = {"XDG_CONFIG_HOME": str(tmp_path)}
+    assert shop.run("index", env=configuration).returncode == 0
+    status = shop.run("status", env=configuration).stdout.decode()
+    assert f"left out: {tmp_path}/tarnwick/languages/zig/zig.so: there is no such grammar library" in status
+
+
 def test_an_index_of_a_newer_release_is_left_alone(shop):
     shop.pack("Cart")
     file = shop.index_file()
