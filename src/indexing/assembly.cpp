@@ -330,7 +330,6 @@ class Assembler {
     definition.end_line = lines_.line_of(end - 1);
     definition.start_byte = raw.range.start;
     definition.end_byte = end;
-    definition.is_declaration = raw.options.declaration;
     const Range head{raw.range.start, raw.body.value_or(end)};
     definition.signature = signature_of(text_, head, attachments_.within(head),
                                         is_data(raw.kind) ? MAX_DATA_SIGNATURE_BYTES : MAX_SIGNATURE_BYTES);

@@ -51,7 +51,6 @@ constexpr auto OPTIONS = std::to_array<std::pair<std::string_view, bool PatternO
     {"only-documented", &PatternOptions::only_documented},
     {"only-in-header", &PatternOptions::only_in_header},
     {"only-at-top", &PatternOptions::only_at_top},
-    {"declaration", &PatternOptions::declaration},
     {"exclusive", &PatternOptions::exclusive},
 });
 

@@ -48,7 +48,6 @@ struct PatternOptions {
   bool only_documented = false;  ///< kept as a scope but no symbol, unless it has documentation
   bool only_in_header = false;   ///< dropped outside header files
   bool only_at_top = false;      ///< dropped inside functions
-  bool declaration = false;      ///< its body is elsewhere
   bool exclusive = false;        ///< names exported this way are the only ones of their file
 };
 

@@ -17,7 +17,6 @@ struct Definition {
   std::string fqn = {};
   std::string kind = {};  ///< one of the fourteen kinds that scoring knows, where it fits
   bool is_export = false;
-  bool is_declaration = false;  ///< declared only, as in a header; the body is elsewhere
   std::int64_t start_line = 1;
   std::int64_t end_line = 1;
   std::size_t start_byte = 0;

@@ -12,8 +12,8 @@ inline std::string dump(const FileFacts& facts) {
   std::string result;
   const auto add = [&](auto... parts) { ((result += parts), ...); };
   for (const auto& each : facts.definitions) {
-    add(each.kind, " ", each.fqn, each.is_export ? " exported" : "", each.is_declaration ? " declared " : " ",
-        std::to_string(each.start_line), "-", std::to_string(each.end_line), " | ", each.signature);
+    add(each.kind, " ", each.fqn, each.is_export ? " exported" : "", " ", std::to_string(each.start_line),
+        "-", std::to_string(each.end_line), " | ", each.signature);
     if (!each.docstring.empty()) add(" | ", each.docstring.substr(0, each.docstring.find('\n')));
     add("\n");
   }

@@ -220,18 +220,25 @@ void run_and_kill(std::chrono::microseconds delay, const std::function<void()>& 
 }
 
 TEST(IndexerUpdate, SurvivesBeingKilledAtAnyMoment) {
+  constexpr int FILES = 30;
+  constexpr int KILLS = 50;
   std::mt19937 random(7);
   const IndexedTree tree;
-  for (int i = 0; i < 60; ++i) tree.write("f" + std::to_string(i) + ".toy", random_source(random));
-  for (int round = 0; round < 16; ++round) {
-    if (round % 8 == 0) std::filesystem::remove_all(tree.index_file().parent_path());
-    run_and_kill(std::chrono::microseconds(random() % 60'000), [&] { tree.update(); });
-    if (round % 4 == 3) {
+  for (int i = 0; i < FILES; ++i) tree.write("f" + std::to_string(i) + ".toy", random_source(random));
+  const auto start = std::chrono::steady_clock::now();
+  tree.update();
+  const std::chrono::duration<double, std::micro> whole = std::chrono::steady_clock::now() - start;
+  std::uniform_real_distribution<double> moment(0, 1.2 * whole.count());
+  for (int kill = 0; kill < KILLS; ++kill) {
+    if (kill % 4 == 0) std::filesystem::remove_all(tree.index_file().parent_path());
+    run_and_kill(std::chrono::microseconds(static_cast<std::int64_t>(moment(random))),
+                 [&] { tree.update(); });
+    if (kill % 2 == 1) {
       tree.update();
-      ASSERT_EQ(dump(tree.index_file()), fresh_dump(tree)) << "round " << round;
+      ASSERT_EQ(dump(tree.index_file()), fresh_dump(tree)) << "kill " << kill;
     }
-    for (int i = 0; i < 10; ++i)
-      tree.write("f" + std::to_string(random() % 60) + ".toy", random_source(random));
+    for (int i = 0; i < FILES / 3; ++i)
+      tree.write("f" + std::to_string(random() % FILES) + ".toy", random_source(random));
   }
 }
 

@@ -18,8 +18,7 @@
 
 (declaration
   declarator: [(function_declarator declarator: (identifier) @name)
-               (pointer_declarator declarator: (function_declarator declarator: (identifier) @name))]
-  (#set! declaration) (#set! only-in-header)) @definition.function
+               (pointer_declarator declarator: (function_declarator declarator: (identifier) @name))] (#set! only-in-header)) @definition.function
 
 (struct_specifier name: (type_identifier) @name body: (_) @body) @definition.struct
 (union_specifier name: (type_identifier) @name body: (_) @body) @definition.struct

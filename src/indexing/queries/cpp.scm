@@ -44,11 +44,9 @@
     (function_declarator declarator: [(field_identifier) (destructor_name) (operator_name)] @name)
     (pointer_declarator declarator: (function_declarator declarator: [(field_identifier) (operator_name)] @name))
     (reference_declarator (function_declarator declarator: [(field_identifier) (operator_name)] @name))
-    (operator_cast) @name]
-  (#set! declaration)) @definition.method
+    (operator_cast) @name]) @definition.method
 (field_declaration_list (declaration
-  declarator: (function_declarator declarator: [(identifier) (destructor_name) (operator_name)] @name)
-  (#set! declaration)) @definition.method)
+  declarator: (function_declarator declarator: [(identifier) (destructor_name) (operator_name)] @name)) @definition.method)
 (field_declaration declarator: (reference_declarator (field_identifier) @name)) @definition.field
 
 (template_declaration (_) @wrapped .) @wrapper

@@ -18,7 +18,7 @@
 (type_alias name: (type_identifier) @name) @definition.type
 
 (field_declaration name: (field_identifier) @name) @definition.field
-(method_elem name: (field_identifier) @name (#set! declaration)) @definition.method
+(method_elem name: (field_identifier) @name) @definition.method
 
 (const_declaration . "const" . (const_spec name: (identifier) @name) .) @definition.constant
 (const_spec name: (identifier) @name) @definition.constant

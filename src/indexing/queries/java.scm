@@ -9,7 +9,7 @@
 (enum_declaration name: (identifier) @name body: (_) @body) @definition.enum
 (enum_constant name: (identifier) @name body: (_)? @body) @definition.constant
 (method_declaration name: (identifier) @name body: (_) @body) @definition.method
-(method_declaration name: (identifier) @name !body (#set! declaration)) @definition.method
+(method_declaration name: (identifier) @name !body) @definition.method
 (constructor_declaration name: (identifier) @name body: (_) @body) @definition.method
 (compact_constructor_declaration name: (identifier) @name body: (_) @body) @definition.method
 (annotation_type_element_declaration name: (identifier) @name) @definition.method

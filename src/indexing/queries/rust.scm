@@ -3,7 +3,7 @@
 (attribute_item (attribute (identifier) @_doc value: (string_literal) @attribute.doc) (#eq? @_doc "doc")) @attribute
 
 (function_item (visibility_modifier)? @export name: (identifier) @name body: (_) @body) @definition.function
-(function_signature_item name: (identifier) @name (#set! declaration)) @definition.function
+(function_signature_item name: (identifier) @name) @definition.function
 (closure_expression) @scope.local
 (struct_item (visibility_modifier)? @export name: (type_identifier) @name body: (_)? @body) @definition.struct
 (union_item (visibility_modifier)? @export name: (type_identifier) @name body: (_) @body) @definition.struct

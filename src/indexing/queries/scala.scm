@@ -9,7 +9,7 @@
 (simple_enum_case name: (identifier) @name) @definition.constant
 (full_enum_case name: (identifier) @name) @definition.constant
 (function_definition name: (identifier) @name body: (_)? @body) @definition.function
-(function_declaration name: (identifier) @name (#set! declaration)) @definition.function
+(function_declaration name: (identifier) @name) @definition.function
 (type_definition name: (type_identifier) @name) @definition.type
 (val_definition pattern: (identifier) @name) @definition.field
 (var_definition pattern: (identifier) @name) @definition.field

@@ -7,7 +7,7 @@
 (class_declaration declaration_kind: "enum" name: (_) @name body: (_) @body) @definition.enum
 (class_declaration declaration_kind: "extension" name: (_) @name body: (_)) @scope.type
 (protocol_declaration name: (type_identifier) @name body: (_) @body) @definition.interface
-(protocol_function_declaration name: (simple_identifier) @name (#set! declaration)) @definition.method
+(protocol_function_declaration name: (simple_identifier) @name) @definition.method
 (protocol_property_declaration name: (pattern bound_identifier: (simple_identifier) @name)) @definition.property
 ; Only a function has these two; naming the node makes the query half a second dearer to compile
 (_ name: (simple_identifier) @name body: (function_body) @body) @definition.function

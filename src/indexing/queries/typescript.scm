@@ -9,9 +9,9 @@
 (module name: [(identifier) @name (nested_identifier) @name (string (string_fragment) @name)] body: (_) @body) @definition.module
 
 ; Overloads and members without a body
-(function_signature name: (identifier) @name (#set! declaration)) @definition.function
-(method_signature name: (property_identifier) @name (#set! declaration)) @definition.method
-(abstract_method_signature name: (property_identifier) @name (#set! declaration)) @definition.method
+(function_signature name: (identifier) @name) @definition.function
+(method_signature name: (property_identifier) @name) @definition.method
+(abstract_method_signature name: (property_identifier) @name) @definition.method
 (property_signature name: (property_identifier) @name) @definition.property
 
 (public_field_definition name: (property_identifier) @name
