@@ -36,7 +36,7 @@ py::object first_of(py::handle values, Py_ssize_t count) {
     if (PyTuple_GET_SIZE(values.ptr()) != count) throw_count(count, PyTuple_GET_SIZE(values.ptr()));
     return py::reinterpret_borrow<py::object>(PyTuple_GET_ITEM(values.ptr(), 0));
   }
-  const py::object iterator = py::reinterpret_steal<py::object>(PyObject_GetIter(values.ptr()));
+  const auto iterator = py::reinterpret_steal<py::object>(PyObject_GetIter(values.ptr()));
   if (!iterator) {
     if (PyErr_ExceptionMatches(PyExc_TypeError) == 0 || Py_TYPE(values.ptr())->tp_iter != nullptr)
       throw_raised();

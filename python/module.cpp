@@ -75,7 +75,7 @@ PyMethodDef functions[] = {  // NOLINT(*-avoid-c-arrays): the interpreter's type
      "__getattr__($module, name, /)\n--\n\nFind the tokenizer functions in tarnwick.workers.retrieval."},
     {nullptr, nullptr, 0, nullptr}};
 
-void fill(py::module_ module) {
+void fill(const py::module_& module) {
   module.attr("MAX_SNIPPET_LINES_PER_SYMBOL") = MAX_SNIPPET_LINES_PER_SYMBOL;
   module.attr("MAX_TOTAL_SNIPPET_LINES") = MAX_TOTAL_SNIPPET_LINES;
   module.attr("ABS_MAX_TOTAL_SNIPPET_LINES") = ABS_MAX_TOTAL_SNIPPET_LINES;

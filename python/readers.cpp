@@ -17,7 +17,7 @@ PyObject* scored_members = nullptr;  // made once and kept: the process has one 
 }  // namespace
 
 void make_reader() {
-  py::dict names;
+  const py::dict names;
   names["__name__"] = MODULE_NAME;
   py::exec(SOURCE, names);
   scored_members = py::object(names["scored_members"]).release().ptr();

@@ -58,8 +58,21 @@ class AddedKeys {
   py::handle entry_;
 };
 
+/// A dict with the keys that every entry has, to be copied: that makes the table once, in its size.
+PyObject* entry_layout() {
+  static PyObject* const layout = [] {
+    py::object dict = new_dict();
+    for (const Name* key : {&names::fqn, &names::name, &names::kind, &names::file, &names::line,
+                            &names::signature, &names::docstring, &names::docstring_truncated}) {
+      set_item(dict, *key, py::none());
+    }
+    return dict.release().ptr();
+  }();
+  return layout;
+}
+
 py::object new_entry(const Entry& entry) {
-  py::object dict = new_dict();
+  py::object dict = checked(PyDict_Copy(entry_layout()));
   static_cast<const HostSymbol&>(*entry.symbol).fill_entry(dict, to_python(entry.file));
   entry.visit_added(AddedKeys(dict));
   return dict;
@@ -68,7 +81,7 @@ py::object new_entry(const Entry& entry) {
 /// A field of a record: its name, its annotation, and its default as an object or a factory; null for none.
 py::object field(const char* name, const char* annotation, const char* how, py::handle value) {
   const py::object make = py::module_::import("dataclasses").attr("field");
-  py::dict options;
+  const py::dict options;
   if (how != nullptr) options[how] = value;
   return py::make_tuple(name, annotation, make(**options));
 }

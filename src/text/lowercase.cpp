@@ -14,8 +14,32 @@
 namespace tarnwick::text {
 namespace {
 
-char ascii_lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+constexpr std::uint64_t EVERY_BYTE = 0x0101010101010101U;
+
+/// Eight ASCII characters, the capital letters among them lowered.
+std::uint64_t ascii_lower(std::uint64_t word) {
+  const std::uint64_t from_a = word + EVERY_BYTE * (0x80 - 'A');
+  const std::uint64_t past_z = word + EVERY_BYTE * (0x80 - ('Z' + 1));
+  return word | (from_a & ~past_z & EVERY_BYTE * 0x80) >> 2U;  // in ASCII a small letter has one bit more
+}
+
+/// Writes the lowercase of `text` behind `out` and returns true, unless some of `text` is not ASCII.
+bool lower_ascii(std::string_view text, char* out) {
+  std::uint64_t word = 0;
+  if (text.size() < sizeof word) {
+    std::memcpy(&word, text.data(), text.size());
+    const std::uint64_t lowered = ascii_lower(word);
+    std::memcpy(out, &lowered, text.size());
+    return (word & EVERY_BYTE * 0x80) == 0;
+  }
+  const std::size_t last = text.size() - sizeof word;  // the last eight overlap those before
+  for (std::size_t at = 0;; at = std::min(at + sizeof word, last)) {
+    std::memcpy(&word, text.data() + at, sizeof word);
+    if ((word & EVERY_BYTE * 0x80) != 0) return false;
+    const std::uint64_t lowered = ascii_lower(word);
+    std::memcpy(out + at, &lowered, sizeof lowered);
+    if (at == last) return true;
+  }
 }
 
 void append_lowercase(std::string_view valid_utf8, std::string& out) {
@@ -37,11 +61,8 @@ std::string lowercase(std::string_view text) {
 }
 
 void lowercase_into(std::string_view text, std::string& out) {
-  if (ascii_prefix(text) == text.size()) {
-    out.resize(text.size());
-    std::transform(text.begin(), text.end(), out.begin(), ascii_lower);
-    return;
-  }
+  out.resize(text.size());
+  if (lower_ascii(text, out.data())) return;
   out.clear();
   // A surrogate is neither cased nor ignorable, so nothing on its far side bears on a letter: the parts
   // between surrogates are lowered alone, and the library sees valid text only.
@@ -60,14 +81,13 @@ void lowercase_into(std::string_view text, std::string& out) {
 
 std::int64_t length(std::string_view text) {
   // Eight bytes at a time: a continuation byte is 10xxxxxx.
-  constexpr std::uint64_t low_bits = 0x0101010101010101U;
   std::size_t continuations = 0;
   std::size_t at = 0;
   for (; at + sizeof(std::uint64_t) <= text.size(); at += sizeof(std::uint64_t)) {
     std::uint64_t word = 0;
     std::memcpy(&word, text.data() + at, sizeof word);
     continuations +=
-        ((word >> 7U & ~word >> 6U & low_bits) * low_bits) >> 56U;  // the product's top byte is the sum
+        ((word >> 7U & ~word >> 6U & EVERY_BYTE) * EVERY_BYTE) >> 56U;  // the product's top byte is the sum
   }
   for (; at < text.size(); ++at) continuations += is_continuation(text[at]) ? 1U : 0U;
   return static_cast<std::int64_t>(text.size() - continuations);

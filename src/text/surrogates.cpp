@@ -75,7 +75,9 @@ std::string to_os(std::string_view text) {
   return bytes;
 }
 
-std::string mask_surrogates(std::string_view text) { return repaired(text, "\xEF\xB7\x90", "\x7F"); }  // U+FDD0
+std::string mask_surrogates(std::string_view text) {
+  return repaired(text, "\xEF\xB7\x90", "\x7F");
+}  // U+FDD0
 
 std::string replace_surrogates(std::string_view text) {
   constexpr std::string_view REPLACEMENT = "\xEF\xBF\xBD";

@@ -109,6 +109,22 @@ TEST_F(Ranking, AsksTheIndexEvenForNothing) {
   EXPECT_THAT(index.calls, ElementsAre("get_file_paths_batch()", "test_paths()"));
 }
 
+TEST_F(Ranking, WithALimitBeginsLikeTheWhole) {
+  std::vector<SymbolPtr> candidates;
+  for (std::int64_t id = 1; id <= 60; ++id) {
+    candidates.push_back(
+        symbol(id, id % 3 == 0 ? "parse" : "parse_it", id * 7 % 5 == 0 ? "class" : "method"));
+    index.fan_in[id] = {static_cast<double>(id * 31 % 4)};
+  }
+  const std::vector<std::int64_t> whole = ids(builder._rank_symbols(candidates, {"parse"}));
+  for (const std::size_t limit : {0U, 1U, 7U, 25U, 59U, 60U, 99U}) {
+    const auto end = whole.begin() + static_cast<std::ptrdiff_t>(std::min(limit, whole.size()));
+    EXPECT_EQ(ids(builder._rank_symbols(candidates, {"parse"}, {.limit = limit})),
+              std::vector<std::int64_t>(whole.begin(), end))
+        << limit;
+  }
+}
+
 TEST(StableOrder, EndsAndLosesNothingWhateverTheComparison) {
   unsigned state = 1;
   const auto erratic = [&](int, int) { return ((state = state * 1664525U + 1013904223U) >> 16U) % 2 == 0; };

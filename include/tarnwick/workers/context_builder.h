@@ -3,8 +3,10 @@
 
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -55,6 +57,7 @@ struct RankOptions {
   bool include_tests = false;
   std::vector<Text> prefer_kinds = {};
   SeedRank seed_rank = {};
+  std::size_t limit = std::numeric_limits<std::size_t>::max();  ///< how many of the ranking are wanted
 };
 
 /// What the packer made of one ranked symbol.

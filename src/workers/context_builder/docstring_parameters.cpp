@@ -18,7 +18,7 @@ namespace tarnwick {
 namespace {
 
 /// `source` with \s and \w spelled out, inside and outside of brackets: the library's own classes differ.
-Pattern pattern(std::string source, Pattern::Flags flags = Pattern::NONE) {
+Pattern pattern(std::string source, Pattern::Flags flags = Pattern::NONE, std::string_view needle = {}) {
   const std::string space = "[" + std::string(text::SPACE_CLASS) + "]";
   const std::string word = R"([\p{L}\p{N}_])";
   for (std::size_t at = source.find('\\'); at != std::string::npos; at = source.find('\\', at)) {
@@ -27,7 +27,7 @@ Pattern pattern(std::string source, Pattern::Flags flags = Pattern::NONE) {
     if (is_class) source.replace(at, 2, spelled);
     at += is_class ? spelled.size() : 2;
   }
-  return Pattern(source, flags);
+  return Pattern(source, flags, needle);
 }
 
 /// A docstring, and a copy of the same length that patterns can run on.
@@ -70,7 +70,7 @@ void each_match(const Pattern& pattern, std::string_view subject, Visit visit) {
 
 ParamTypes sphinx_types(const Subject& docstring) {
   static const Pattern field =
-      pattern(R"(:type\s+(\w+):\s*(.+?)(?=\n|:param|:type|:return|$))", Pattern::DOT_ALL);
+      pattern(R"(:type\s+(\w+):\s*(.+?)(?=\n|:param|:type|:return|$))", Pattern::DOT_ALL, ":type");
   ParamTypes types;
   each_match(field, docstring.matchable, [&](const Match& match) {
     types.insert_or_assign(docstring.group(match, 1), docstring.trimmed_group(match, 2));
@@ -86,7 +86,7 @@ ParamTypes sphinx_types(const Subject& docstring) {
 Match::Span google_section(std::string_view docstring) {
   static const Pattern section =
       pattern(R"(Args:(?=(?:(?!\n)\s)*+\n\s)\s*+(\w[^\n:]*+:[^\n]++\n?+(?:\s++\w[^\n:]*+:[^\n]++\n?+)*+))",
-              Pattern::CASELESS);
+              Pattern::CASELESS, ":");
   const std::optional<Match> match = section.search(docstring);
   return match ? *match->groups[1] : Match::Span{};
 }
@@ -111,7 +111,7 @@ void add_google(const Subject& docstring, Parameters& parameters) {
 
 void add_sphinx(const Subject& docstring, const ParamTypes& types, Parameters& parameters) {
   static const Pattern field =
-      pattern(R"(:param\s+(\w+):\s*(.+?)(?=:param|:type|:return|$))", Pattern::DOT_ALL);
+      pattern(R"(:param\s+(\w+):\s*(.+?)(?=:param|:type|:return|$))", Pattern::DOT_ALL, ":param");
   each_match(field, docstring.matchable, [&](const Match& match) {
     std::string name = docstring.group(match, 1);
     const auto type = types.find(name);
@@ -133,7 +133,7 @@ class Tags {
   };
 
   std::optional<Tag> next() {
-    static const Pattern head = pattern(R"(@param\s++)");
+    static const Pattern head = pattern(R"(@param\s++)", Pattern::NONE, "@param");
     while (const std::optional<Match> match = head.search(docstring_, start_)) {
       start_ = match->whole().end;
       if (std::optional<Tag> tag = behind_head(start_)) {

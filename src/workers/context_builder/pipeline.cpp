@@ -73,7 +73,7 @@ ContextPack ContextBuilder::build_context_pack(const Text& task, const BuildOpti
   }
   const Seeds seeds = keep_seeds(given, component_files);
 
-  RankOptions rank_options{include_tests, options.prefer_kinds, seeds.rank};
+  RankOptions rank_options{include_tests, options.prefer_kinds, seeds.rank, MAX_SYMBOLS};
   std::vector<RankedSymbol> ranked = _rank_symbols(seeds.symbols, keywords, rank_options);
   if (static_cast<std::int64_t>(ranked.size()) < MAX_SYMBOLS) {
     std::vector<SymbolPtr> candidates =
@@ -85,6 +85,7 @@ ContextPack ContextBuilder::build_context_pack(const Text& task, const BuildOpti
       });
     }
     rank_options.seed_rank.clear();
+    rank_options.limit = MAX_SYMBOLS - ranked.size();
     std::vector<RankedSymbol> matched = _rank_symbols(candidates, keywords, rank_options);
     std::move(matched.begin(), matched.end(), std::back_inserter(ranked));
   }

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -30,28 +31,59 @@ double rounded(double value) {
 }
 
 struct Place {
-  double score = 0;
+  double rounded_score = 0;
   std::int64_t kind_priority = 0;
   OrderKey fan_in = {};
-  RankedSymbol item = {};
+  double score = 0;
+  const SymbolPtr* symbol = nullptr;
+  OptionalText path = std::nullopt;
 };
 
 bool ahead(const Place* a, const Place* b) {
-  if (a->score != b->score) return a->score > b->score;
+  if (a->rounded_score != b->rounded_score) return a->rounded_score > b->rounded_score;
   if (a->kind_priority != b->kind_priority) return a->kind_priority > b->kind_priority;
   return b->fan_in < a->fan_in;
 }
 
-std::vector<RankedSymbol> ordered(std::vector<Place> places) {
-  std::vector<Place*> order;
-  order.reserve(places.size());
-  for (Place& place : places) order.push_back(&place);
-  stable_order(order, ahead);
-  std::vector<RankedSymbol> ranked;
-  ranked.reserve(order.size());
-  for (Place* place : order) ranked.push_back(std::move(place->item));
-  return ranked;
-}
+/// The best of many candidates, offered in their order. A build shows few of them: most are ruled out before
+/// their fan-in is looked up.
+class Ranking {
+ public:
+  Ranking(std::size_t candidates, std::size_t limit) : limit_(limit), limited_(limit < candidates) {
+    places_.reserve(candidates);  // their addresses must last
+  }
+
+  /// Whether a candidate comes behind all that are wanted, whatever its fan-in.
+  bool rules_out(double rounded_score, std::int64_t kind_priority) const {
+    if (!limited_ || order_.size() < limit_) return false;
+    if (limit_ == 0) return true;
+    const Place& last = *order_.back();
+    return rounded_score < last.rounded_score ||
+           (rounded_score == last.rounded_score && kind_priority < last.kind_priority);
+  }
+
+  void add(Place place) {
+    places_.push_back(std::move(place));
+    const auto at =
+        limited_ ? std::upper_bound(order_.begin(), order_.end(), &places_.back(), ahead) : order_.end();
+    order_.insert(at, &places_.back());
+    if (order_.size() > limit_) order_.pop_back();
+  }
+
+  std::vector<RankedSymbol> take() {
+    if (!limited_) stable_order(order_, ahead);
+    std::vector<RankedSymbol> ranked;
+    ranked.reserve(order_.size());
+    for (Place* place : order_) ranked.push_back({*place->symbol, place->score, std::move(place->path)});
+    return ranked;
+  }
+
+ private:
+  std::size_t limit_;
+  bool limited_;
+  std::vector<Place> places_;
+  std::vector<Place*> order_;
+};
 
 /// The ids whose fan-in can break a tie: those of the candidates that are no seeds.
 std::vector<std::int64_t> scored_ids(const std::vector<SymbolPtr>& candidates, const SeedRank& seed_rank) {
@@ -75,8 +107,7 @@ std::vector<RankedSymbol> ContextBuilder::_rank_symbols(const std::vector<Symbol
 
   repository_->fetch_scored_fields(candidates);
   Scorer scorer(keywords, options.prefer_kinds);
-  std::vector<Place> places;
-  places.reserve(candidates.size());
+  Ranking ranking(candidates.size(), options.limit);
   for (const SymbolPtr& candidate : candidates) {
     double score = scorer.relevance(*candidate);
     const std::int64_t id = candidate->id().value_or(0);
@@ -88,12 +119,13 @@ std::vector<RankedSymbol> ContextBuilder::_rank_symbols(const std::vector<Symbol
     } else if (score < MIN_RELEVANCE_SCORE) {
       continue;
     }
-    places.push_back({rounded(score),
-                      scorer.kind_priority(*candidate),
-                      fan_in ? fan_in->find(id).value_or(OrderKey{}) : OrderKey{},
-                      {candidate, score, std::move(path)}});
+    const double rounded_score = rounded(score);
+    const std::int64_t kind_priority = scorer.kind_priority(*candidate);
+    if (ranking.rules_out(rounded_score, kind_priority)) continue;
+    ranking.add({rounded_score, kind_priority, fan_in ? fan_in->find(id).value_or(OrderKey{}) : OrderKey{},
+                 score, &candidate, std::move(path)});
   }
-  return ordered(std::move(places));
+  return ranking.take();
 }
 
 }  // namespace tarnwick

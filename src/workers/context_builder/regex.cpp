@@ -39,7 +39,7 @@ void Pattern::Free::operator()(pcre2_real_code_8* code) const {
   pcre2_code_free(code);
 }
 
-Pattern::Pattern(std::string_view source, Flags flags) {
+Pattern::Pattern(std::string_view source, Flags flags, std::string_view needle) : needle_(needle) {
   int error = 0;
   PCRE2_SIZE at = 0;
   pcre2_compile_context* context = pcre2_compile_context_create(nullptr);
@@ -55,6 +55,7 @@ Pattern::Pattern(std::string_view source, Flags flags) {
 }
 
 std::optional<Match> Pattern::search(std::string_view subject, std::size_t start) const {
+  if (subject.find(needle_, start) == std::string_view::npos) return std::nullopt;
   return run(subject, start, 0);
 }
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 
 struct pcre2_real_code_8;
@@ -33,8 +34,9 @@ class Pattern {
  public:
   enum Flags : unsigned { NONE = 0, CASELESS = 1, DOT_ALL = 2 };
 
-  /// Throws std::logic_error for a pattern that does not compile.
-  explicit Pattern(std::string_view source, Flags flags = NONE);
+  /// `needle` stands in every match: subjects without it are searched no further. Throws std::logic_error for
+  /// a pattern that does not compile.
+  explicit Pattern(std::string_view source, Flags flags = NONE, std::string_view needle = {});
 
   /// The first match at or behind `start`. `subject` must be valid UTF-8. Nothing, too, when a match would
   /// take more work than the library's limits allow.
@@ -50,6 +52,7 @@ class Pattern {
     void operator()(pcre2_real_code_8* code) const;
   };
   std::unique_ptr<pcre2_real_code_8, Free> code_;
+  std::string needle_;
 };
 
 }  // namespace tarnwick

@@ -37,9 +37,13 @@ constexpr Value by_kind(const Table& table, std::string_view kind, Value missing
 }  // namespace
 
 Scorer::Head::Head(std::string_view text) {
-  const std::size_t size = std::min(text.size(), sizeof word);
-  std::memcpy(&word, text.data(), size);
-  std::memset(&mask, 0xFF, size);
+  if (text.size() >= sizeof word) {
+    std::memcpy(&word, text.data(), sizeof word);
+    mask = ~std::uint64_t{0};
+  } else {
+    std::memcpy(&word, text.data(), text.size());
+    std::memset(&mask, 0xFF, text.size());
+  }
 }
 
 Scorer::Scorer(const std::vector<Text>& keywords, const std::vector<Text>& prefer_kinds)
