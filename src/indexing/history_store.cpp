@@ -215,6 +215,7 @@ HistoryReport update_history(const HistoryOptions& options) {
     // Another process may have written its findings meanwhile; they are as good as these.
     if (stored_head(connection) != known.head) return;
     HistoryWriter(connection, *fresh).write(options);
+    connection.note_change();
     transaction.commit();
   });
   return {fresh->commits.size(), complete};

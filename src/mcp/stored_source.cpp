@@ -84,6 +84,7 @@ class StoredSource::Reporter final : public indexing::Progress {
 StoredSource::StoredSource(std::string name, indexing::IndexOptions update)
     : name_(std::move(name)),
       update_(std::move(update)),
+      pool_(update_.index_file),
       watch_(update_.root),
       wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       complete_(has_whole_index(update_.index_file)) {
@@ -124,7 +125,7 @@ Indexing StoredSource::refresh(const Call& call) {
 
 std::unique_ptr<View> StoredSource::view(const Call& call) {
   try {
-    return open_view(update_.index_file, update_.root, call);
+    return open_view(pool_, update_.root, call);
   } catch (const storage::IndexError& error) {
     const std::lock_guard lock(mutex_);
     if (error.kind() == storage::IndexError::Kind::damaged) want(started_ + 1);  // which sets it aside

@@ -14,6 +14,7 @@
 #include "indexing/indexer.h"
 #include "mcp/file_watch.h"
 #include "mcp/source.h"
+#include "storage/read_pool.h"
 
 namespace tarnwick::mcp {
 
@@ -49,6 +50,7 @@ class StoredSource final : public Source {
 
   std::string name_;
   indexing::IndexOptions update_;
+  storage::ReadPool pool_;
   FileWatch watch_;
   int wake_;  ///< an eventfd that ends the thread's waits
 

@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <unordered_map>
+#include <utility>
 
 #include "storage/errors.h"
 #include "storage/stored_repository.h"
@@ -20,8 +21,9 @@ int is_over(void* call) {
 
 class StoredView final : public View {
  public:
-  StoredView(const std::filesystem::path& index_file, const std::filesystem::path& root, const Call& call)
-      : repository_(index_file, root), retriever_(repository_) {
+  StoredView(std::shared_ptr<storage::Connection> connection, const std::filesystem::path& root,
+             const Call& call)
+      : repository_(std::move(connection), root), retriever_(repository_) {
     // The handler only reads; the interface takes a pointer without const.
     sqlite3_progress_handler(repository_.connection().database().getHandle(), STEPS_BETWEEN_LOOKS, is_over,
                              const_cast<Call*>(&call));  // NOLINT(cppcoreguidelines-pro-type-const-cast)
@@ -102,10 +104,10 @@ class EmptyView final : public View {
 
 }  // namespace
 
-std::unique_ptr<View> open_view(const std::filesystem::path& index_file, const std::filesystem::path& root,
+std::unique_ptr<View> open_view(storage::ReadPool& pool, const std::filesystem::path& root,
                                 const Call& call) {
   try {
-    return std::make_unique<StoredView>(index_file, root, call);
+    return std::make_unique<StoredView>(pool.take(), root, call);
   } catch (const storage::IndexError& error) {
     if (error.kind() != storage::IndexError::Kind::missing) throw;
     return std::make_unique<EmptyView>();

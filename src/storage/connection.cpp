@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "storage/errors.h"
+#include "storage/schema.h"
 
 namespace tarnwick::storage {
 namespace {
@@ -43,6 +44,8 @@ std::string message_of(const std::filesystem::path& file, IndexError::Kind kind,
 }
 
 SQLite::Database open(const std::filesystem::path& file, Connection::Mode mode) {
+  // Counting every allocation would make all threads take turns at one lock.
+  [[maybe_unused]] static const int UNCOUNTED = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
   const int flags =
       mode == Connection::Mode::write ? SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE : SQLite::OPEN_READONLY;
   try {
@@ -87,6 +90,36 @@ SQLite::Statement& Connection::prepare(std::string_view sql) {
   // The key must outlive the entry; the statement keeps its own copy of the text.
   statements_.emplace(result.getQuery(), std::move(statement));
   return result;
+}
+
+void Connection::begin_reading() {
+  guard([&] {
+    execute("BEGIN");
+    number("SELECT count(*) FROM meta");  // the transaction takes its snapshot with the first row read
+  });
+}
+
+void Connection::end_reading() {
+  sqlite3_progress_handler(database_.getHandle(), 0, nullptr, nullptr);
+  for (const auto& [sql, statement] : statements_) statement->reset();
+  execute("COMMIT");  // a rollback would take back temporary tables
+}
+
+std::int64_t Connection::generation() {
+  return guard([&] {
+    SQLite::Statement& query = prepare("SELECT value FROM meta WHERE key = ?");
+    query.bind(1, meta_keys::GENERATION);
+    const std::int64_t generation = query.executeStep() ? query.getColumn(0).getInt64() : 0;
+    query.reset();
+    return generation;
+  });
+}
+
+void Connection::note_change() {
+  SQLite::Statement& statement = prepare("INSERT OR REPLACE INTO meta (key, value) VALUES (?, random())");
+  statement.bind(1, meta_keys::GENERATION);
+  statement.exec();
+  statement.reset();
 }
 
 void Connection::execute(const std::string& sql) {

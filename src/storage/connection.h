@@ -9,7 +9,10 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
+
+#include "storage/shared_facts.h"
 
 namespace tarnwick::storage {
 
@@ -33,6 +36,24 @@ class Connection {
   /// The first column of the first row as an integer; `otherwise` when there is no row.
   std::int64_t number(std::string_view sql, std::int64_t otherwise = 0);
 
+  /// Fixes the state of the index that is read until `end_reading`.
+  void begin_reading();
+  /// Leaves that state: statements end, and a progress handler is taken off. Throws SQLite::Exception.
+  void end_reading();
+  /// Another number whenever what the index holds is another (note_change).
+  std::int64_t generation();
+  /// Tells readers that the transaction under way changes what the index holds.
+  void note_change();
+
+  /// The object of that class that goes with the state of the index which this connection reads: made now, or
+  /// by another that shares its facts. For connections that only read, inside one transaction.
+  template <class Fact>
+  const Fact& fact() {
+    return facts_->get<Fact>(*this);
+  }
+  /// From here on the connection reads the state that these facts are of.
+  void share(std::shared_ptr<SharedFacts> facts) { facts_ = std::move(facts); }
+
   /// Runs `work`; an error of the database becomes an IndexError that names the file.
   template <class Work>
   auto guard(Work&& work) -> decltype(work()) {
@@ -53,6 +74,7 @@ class Connection {
  private:
   std::filesystem::path file_;
   SQLite::Database database_;
+  std::shared_ptr<SharedFacts> facts_ = std::make_shared<SharedFacts>();
   std::unordered_map<std::string_view, std::unique_ptr<SQLite::Statement>> statements_;
 };
 

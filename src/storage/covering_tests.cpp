@@ -11,6 +11,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "storage/file_list.h"
 #include "storage/import_keys.h"
 #include "storage/import_links.h"
 #include "storage/resolver.h"
@@ -135,33 +136,21 @@ void reach_by_use(Connection& connection, const PathsById& sources, Reaches& rea
 }
 
 void reach_by_import(Connection& connection, const PathsById& sources, Reaches& reaches) {
-  std::vector<LinkedFile> files;
-  for (const auto& [id, path] : sources) files.push_back({id, path});
-  for (const ImportLink& link : imports_of(connection, files, {.tests_only = true})) {
-    if (link.link == Link::file) reaches[link.imported][link.importer].imports = true;
-  }
+  const ImportLinks& links = connection.fact<ImportLinks>();
+  for (const auto& [source, path] : sources)
+    for (const std::int64_t test : *links.test_importers_of(connection, source))
+      reaches[source][test].imports = true;
 }
 
-PathsById test_files(Connection& connection, const Reaches& reaches) {
-  std::set<std::int64_t> ids;
-  for (const auto& [source, tests] : reaches) {
-    for (const auto& [test, reach] : tests) ids.insert(test);
-  }
-  SQLite::Statement& query = connection.prepare(
-      "SELECT f.id, f.path FROM json_each(?) AS j JOIN files AS f ON f.id = j.value WHERE f.is_test");
-  query.bind(1, json_array(std::vector<std::int64_t>(ids.begin(), ids.end())));
-  return read_paths(query);
-}
-
-void rank_tests(const std::string& source, const std::map<std::int64_t, Reach>& tests, const PathsById& paths,
+void rank_tests(const std::string& source, const std::map<std::int64_t, Reach>& tests, const FileList& files,
                 Records& records) {
   using Key = std::tuple<int, double, bool, std::size_t, std::string>;
   std::vector<Key> keys;
   for (const auto& [id, reach] : tests) {
-    const auto path = paths.find(id);
-    if (path == paths.end() || !reach.counts()) continue;
-    keys.emplace_back(name_distance(path->second, source), -reach.symbol_count(), !reach.imports,
-                      path_distance(path->second, source), path->second);
+    const ListedFile* const test = files.find(id);
+    if (test == nullptr || !test->is_test || !reach.counts()) continue;
+    keys.emplace_back(name_distance(test->path, source), -reach.symbol_count(), !reach.imports,
+                      path_distance(test->path, source), test->path);
   }
   std::sort(keys.begin(), keys.end());
   for (std::size_t rank = 0; rank < keys.size(); ++rank) {
@@ -194,8 +183,8 @@ std::shared_ptr<const TestRecords> covering_tests(Connection& connection, const 
   Reaches reaches;
   reach_by_use(connection, sources, reaches);
   reach_by_import(connection, sources, reaches);
-  const PathsById tests = test_files(connection, reaches);
-  for (const auto& [source, reached] : reaches) rank_tests(sources.at(source), reached, tests, *records);
+  const FileList& files = connection.fact<FileList>();
+  for (const auto& [source, reached] : reaches) rank_tests(sources.at(source), reached, files, *records);
   return records;
 }
 

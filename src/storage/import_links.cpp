@@ -1,27 +1,42 @@
 #include "storage/import_links.h"
 
 #include <algorithm>
-#include <set>
-#include <tuple>
+#include <functional>
+#include <string>
 
+#include "storage/file_list.h"
 #include "storage/import_keys.h"
-#include "storage/schema.h"
 
 namespace tarnwick::storage {
 namespace {
 
 using Parts = std::vector<std::string_view>;
 
-/// Files are looked up by up to this many parts at their ends; more would seldom tell more apart.
+/// Files are looked up by up to this many parts at their ends, or by all; others would seldom tell more
+/// apart.
 constexpr std::size_t MOST_PARTS = 3;
 
-/// An import that may mean more files than this means none of them.
-constexpr std::size_t MOST_FILES = 64;
+constexpr std::size_t MOST_KEPT = std::size_t{1} << 20U;
 
-std::string key_of(const Parts& parts, std::size_t count) {
-  std::string key;
-  for (std::size_t i = parts.size() - count; i < parts.size(); ++i) (key += '/') += parts[i];
+/// The key of the last `count` parts.
+std::uint64_t key_of(const Parts& parts, std::size_t count) {
+  std::uint64_t key = count;
+  for (std::size_t i = parts.size() - count; i < parts.size(); ++i) {
+    key = (key ^ std::hash<std::string_view>()(parts[i])) * 0x9E3779B97F4A7C15U;
+    key ^= key >> 32U;
+  }
   return key;
+}
+
+/// The key of a whole path: that of nothing else.
+std::uint64_t path_key(const Parts& parts) {
+  return ~key_of(parts, parts.size());
+}
+
+template <class Value>
+void sort_distinct(std::vector<Value>& values) {
+  std::sort(values.begin(), values.end());
+  values.erase(std::unique(values.begin(), values.end()), values.end());
 }
 
 /// Where a relative module lies, seen from its importer; empty for other modules.
@@ -42,104 +57,102 @@ Parts relative_parts(std::string_view importer, std::string_view module) {
   return directory;
 }
 
-class Candidates {
- public:
-  explicit Candidates(const std::vector<LinkedFile>& files) {
-    for (const LinkedFile& file : files) {
-      const Parts parts = file_parts(file.path);
-      add(files_, parts, file.id);
-      if (parts.size() > 1) add(packages_, Parts(parts.begin(), parts.end() - 1), file.id);
-    }
-  }
-
-  std::vector<std::string_view> keys() const {
-    std::set<std::string_view> keys;
-    for (const auto* table : {&files_, &packages_}) {
-      for (const auto& [key, ids] : *table) {
-        if (key.find('/', 1) == std::string::npos) keys.insert(std::string_view(key).substr(1));
-      }
-    }
-    return {keys.begin(), keys.end()};
-  }
-
-  void link(std::int64_t importer, const Parts& parts, std::vector<ImportLink>& links) const {
-    if (parts.empty()) return;
-    append(files_, parts, importer, Link::file, links);
-    append(packages_, parts, importer, Link::package, links);
-  }
-
- private:
-  using Table = std::unordered_map<std::string, std::vector<std::int64_t>>;
-
-  static void add(Table& table, const Parts& parts, std::int64_t id) {
-    for (std::size_t count = 1; count <= std::min(MOST_PARTS, parts.size()); ++count) {
-      table[key_of(parts, count)].push_back(id);
-    }
-  }
-
-  /// Takes the files that share the most parts with the module.
-  static void append(const Table& table, const Parts& parts, std::int64_t importer, Link link,
-                     std::vector<ImportLink>& links) {
-    const std::size_t least = std::min<std::size_t>(2, parts.size());
-    for (std::size_t count = std::min(MOST_PARTS, parts.size()); count >= least; --count) {
-      const auto found = table.find(key_of(parts, count));
-      if (found == table.end()) continue;
-      if (found->second.size() > MOST_FILES) return;
-      for (const std::int64_t id : found->second) {
-        if (id != importer) links.push_back({importer, id, link});
-      }
-      return;
-    }
-  }
-
-  Table files_;
-  Table packages_;
-};
-
-void link_rows(Connection& connection, std::string_view sql, const Candidates& candidates,
-               const Importers& importers, std::vector<ImportLink>& links) {
-  SQLite::Statement& query = connection.prepare(sql);
-  query.bind(1, json_array(candidates.keys()));
-  query.bind(2, static_cast<int>(importers.tests_only));
-  while (query.executeStep()) {
-    const std::int64_t importer = query.getColumn(0).getInt64();
-    if (importers.among != nullptr && !importers.among->contains(importer)) continue;
-    const std::string path = query.getColumn(1).getString();
-    const std::string module = query.getColumn(2).getString();
-    const std::string name = query.getColumn(3).getString();
-    Parts parts = relative_parts(path, module);
-    if (parts.empty()) parts = module_parts(module);
-    candidates.link(importer, parts, links);
-    if (name.empty() || name == "*") continue;
-    parts.emplace_back(name);  // the name may be that of a module itself
-    candidates.link(importer, parts, links);
-  }
-  query.reset();
-}
-
 }  // namespace
 
-std::vector<ImportLink> imports_of(Connection& connection, const std::vector<LinkedFile>& files,
-                                   const Importers& importers) {
-  const Candidates candidates(files);
-  std::vector<ImportLink> links;
-  link_rows(
-      connection,
-      "SELECT i.id >> 16, f.path, i.module, i.name FROM json_each(?) AS k "
-      "JOIN imports AS i ON i.module_key = k.value JOIN files AS f ON f.id = i.id >> 16 WHERE f.is_test >= ?",
-      candidates, importers, links);
-  link_rows(connection,
-            "SELECT i.id >> 16, f.path, i.module, i.name FROM json_each(?) AS k "
-            "JOIN imports AS i ON i.name = k.value JOIN files AS f ON f.id = i.id >> 16 WHERE f.is_test >= ?",
-            candidates, importers, links);
-  std::sort(links.begin(), links.end(), [](const ImportLink& a, const ImportLink& b) {
-    return std::tuple(a.importer, a.imported, b.link) < std::tuple(b.importer, b.imported, a.link);
-  });
-  const auto same_pair = [](const ImportLink& a, const ImportLink& b) {
-    return a.importer == b.importer && a.imported == b.imported;
+ImportLinks::ImportLinks(Connection& connection) : imported_(MOST_KEPT), test_importers_(MOST_KEPT) {
+  for (const auto& [id, file] : connection.fact<FileList>().all()) {
+    Parts parts = file_parts(file.path);
+    add(files_, parts, id);
+    if (parts.size() < 2) continue;
+    parts.pop_back();
+    const std::uint64_t package = key_of(parts, parts.size());
+    packages_of_.emplace(id, package);
+    add(packages_, parts, package);
+  }
+  sort_distinct(files_);
+  sort_distinct(packages_);
+}
+
+template <class Value>
+void ImportLinks::add(Table<Value>& table, const Parts& parts, Value value) {
+  table.emplace_back(path_key(parts), value);
+  for (std::size_t count = 1; count <= std::min(MOST_PARTS, parts.size()); ++count)
+    table.emplace_back(key_of(parts, count), value);
+}
+
+template <class Value>
+void ImportLinks::append(const Table<Value>& table, const Module& module, std::vector<Value>& meant) {
+  const auto take = [&](std::uint64_t key) {
+    const auto begin = std::lower_bound(table.begin(), table.end(), std::pair(key, Value()));
+    auto end = begin;
+    while (end != table.end() && end->first == key) ++end;
+    if (static_cast<std::size_t>(end - begin) > MOST_MEANT) return true;
+    for (auto it = begin; it != end; ++it) meant.push_back(it->second);
+    return begin != end;
   };
-  links.erase(std::unique(links.begin(), links.end(), same_pair), links.end());
-  return links;
+  const Parts& parts = module.parts;
+  if (parts.empty() || (module.is_path && take(path_key(parts)))) return;
+  const std::size_t least = std::min<std::size_t>(2, parts.size());
+  for (std::size_t count = std::min(MOST_PARTS, parts.size()); count >= least; --count)
+    if (take(key_of(parts, count))) return;
+}
+
+std::shared_ptr<const Imported> ImportLinks::imported_by(Connection& connection, std::int64_t file) const {
+  return imported_.get(file, [&] { return read(connection, file); });
+}
+
+Imported ImportLinks::read(Connection& connection, std::int64_t file) const {
+  Imported imported;
+  const ListedFile* const importer = connection.fact<FileList>().find(file);
+  if (importer == nullptr) return imported;
+  const auto append_to_both = [&](const Module& module) {
+    append(files_, module, imported.files);
+    append(packages_, module, imported.packages);
+  };
+  SQLite::Statement& query =
+      connection.prepare("SELECT module, name FROM imports WHERE id BETWEEN ?1 << 16 AND ?1 << 16 | 65535");
+  query.bind(1, file);
+  while (query.executeStep()) {
+    const std::string text = query.getColumn(0).getString();
+    const std::string name = query.getColumn(1).getString();
+    Module module{relative_parts(importer->path, text), true};
+    if (module.parts.empty()) module = {module_parts(text), false};
+    append_to_both(module);
+    if (name.empty() || name == "*") continue;
+    module.parts.emplace_back(name);  // the name may be that of a module itself
+    append_to_both(module);
+  }
+  query.reset();
+  sort_distinct(imported.files);
+  sort_distinct(imported.packages);
+  std::erase(imported.files, file);
+  return imported;
+}
+
+std::shared_ptr<const std::vector<std::int64_t>> ImportLinks::test_importers_of(Connection& connection,
+                                                                                std::int64_t file) const {
+  return test_importers_.get(file, [&] { return read_importers(connection, file); });
+}
+
+std::vector<std::int64_t> ImportLinks::read_importers(Connection& connection, std::int64_t file) const {
+  const FileList& files = connection.fact<FileList>();
+  const ListedFile* const listed = files.find(file);
+  const Parts parts = listed == nullptr ? Parts() : file_parts(listed->path);
+  std::vector<std::int64_t> importers;
+  if (parts.empty()) return importers;
+  SQLite::Statement& query = connection.prepare(
+      "SELECT id >> 16 FROM imports WHERE module_key = ?1 UNION SELECT id >> 16 FROM imports WHERE name = "
+      "?1");
+  query.bind(1, std::string(parts.back()));
+  while (query.executeStep()) importers.push_back(query.getColumn(0).getInt64());
+  query.reset();
+  std::erase_if(importers, [&](std::int64_t importer) {
+    const ListedFile* const test = files.find(importer);
+    if (test == nullptr || !test->is_test) return true;
+    const auto imported = imported_by(connection, importer);
+    return !std::binary_search(imported->files.begin(), imported->files.end(), file);
+  });
+  return importers;
 }
 
 }  // namespace tarnwick::storage

@@ -37,7 +37,10 @@ class IndexWriter {
   explicit IndexWriter(Connection& connection) : connection_(&connection) {}
 
   void begin() { connection_->execute("BEGIN IMMEDIATE"); }
-  void commit() { connection_->execute("COMMIT"); }
+  void commit() {
+    connection_->note_change();
+    connection_->execute("COMMIT");
+  }
 
   void roll_back() { connection_->execute("ROLLBACK"); }
 

@@ -33,8 +33,8 @@ struct ResolvedUse {
 /// still mean more than MOST_TARGETS says too little about each of them and is tied to none; so the work is
 /// linear in the definitions and uses of a name, however common it is.
 ///
-/// Nothing of this is stored: a changed file would move the targets of uses in files that did not change.
-/// Answers are ordered by the position of the use, then by target.
+/// Nothing of this is stored: a changed file would move the targets of uses in files that did not change. A
+/// name is worked out when asked for, and kept with what is shared of the index's state (shared_facts.h).
 class Resolver {
  public:
   static constexpr std::size_t MOST_TARGETS = 8;
@@ -43,10 +43,10 @@ class Resolver {
 
   explicit Resolver(Connection& connection) : connection_(&connection) {}
 
-  /// The uses that mean one of those symbols. Four queries, whatever their number.
+  /// The uses that mean one of those symbols, by symbol, then by position.
   std::vector<ResolvedUse> uses_of(const std::vector<std::int64_t>& symbol_ids, From from) const;
 
-  /// What those symbols use. Four queries.
+  /// What those symbols use, by position of the use, then by symbol.
   std::vector<ResolvedUse> used_by(const std::vector<std::int64_t>& symbol_ids) const;
 
  private:

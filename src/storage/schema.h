@@ -53,6 +53,7 @@ constexpr std::int64_t file_of(std::int64_t symbol_id) {
 namespace meta_keys {
 inline constexpr const char* ROOT = "root";              ///< the repository's real path
 inline constexpr const char* INDEXED_AT = "indexed_at";  ///< seconds since 1970 of the last complete indexing
+inline constexpr const char* GENERATION = "generation";  ///< random, anew with each change
 inline constexpr const char* READER = "reader";          ///< version of the extractor that read the files
 inline constexpr const char* GIT_HEAD = "git_head";      ///< the commit checked out then; absent without git
 inline constexpr const char* FILES_TO_INDEX =

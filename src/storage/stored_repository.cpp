@@ -56,13 +56,12 @@ std::string_view without_trailing_slash(std::string_view path) {
 }  // namespace
 
 StoredRepository::StoredRepository(const std::filesystem::path& index_file, std::filesystem::path root)
-    : connection_(open_for_reading(index_file)), root_(std::move(root)) {
-  connection_->guard([&] {
-    // A deferred transaction takes its snapshot with the first row read.
-    connection_->execute("BEGIN");
-    connection_->number("SELECT count(*) FROM meta");
-  });
+    : StoredRepository(open_for_reading(index_file), std::move(root)) {
+  connection_->begin_reading();
 }
+
+StoredRepository::StoredRepository(std::shared_ptr<Connection> connection, std::filesystem::path root)
+    : connection_(std::move(connection)), root_(std::move(root)) {}
 
 SymbolMatches StoredRepository::search_symbols(const Text& pattern, std::int64_t limit,
                                                bool source_only) const {

@@ -14,7 +14,7 @@
 namespace tarnwick::storage {
 
 /// One state of an index, read through a connection and a read transaction of its own: what a writer commits
-/// later does not show. Costs under a millisecond to make; make one for each build.
+/// later does not show. Make one for each build; where builds come often, over connections of a ReadPool.
 ///
 /// Thread rule: one thread at a time. Symbols and other answers hold their values and outlive the repository,
 /// but for the context of references, which is read from the file when asked for. Errors: IndexError.
@@ -37,6 +37,8 @@ class StoredRepository final : public Repository {
 
   /// `root` is where references' contexts are read. Throws IndexError.
   StoredRepository(const std::filesystem::path& index_file, std::filesystem::path root);
+  /// Over a connection inside a read transaction (read_pool.h).
+  StoredRepository(std::shared_ptr<Connection> connection, std::filesystem::path root);
 
   SymbolMatches search_symbols(const Text& pattern, std::int64_t limit, bool source_only) const override;
   /// By package name or by directory ("" and "." for the root); of several that share a name, the one nearest
@@ -66,7 +68,7 @@ class StoredRepository final : public Repository {
   Connection& connection() const { return *connection_; }
 
  private:
-  std::unique_ptr<Connection> connection_;
+  std::shared_ptr<Connection> connection_;
   std::filesystem::path root_;
 };
 

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <memory>
+#include <string_view>
 #include <vector>
 
 #include "storage/connection.h"
+#include "storage/memo.h"
 #include "storage/schema.h"
 
 namespace tarnwick::storage {
@@ -13,8 +15,8 @@ namespace tarnwick::storage {
 struct StoredUse {
   std::int64_t id = 0;  ///< symbol_id of its file and its position among the file's uses, from 1
   std::int64_t name_id = 0;
-  std::string qualifier;
-  std::int64_t type = 0;  ///< position in USE_TYPES
+  std::uint64_t qualifier = 0;  ///< scope_key of what is written before the name
+  std::int64_t type = 0;        ///< position in USE_TYPES
   std::int64_t line = 0;
   std::int64_t count = 0;
   std::int64_t caller = 0;  ///< id of the innermost symbol that holds it; 0 outside of all
@@ -23,11 +25,28 @@ struct StoredUse {
   std::int64_t file() const { return file_of(id); }
 };
 
-/// The uses of the names that those symbols bear, by id; of files whose `is_test` is between the two.
-std::vector<StoredUse> uses_of_names(Connection& connection, const std::vector<std::int64_t>& symbol_ids,
-                                     bool tests_from, bool tests_to);
+/// Stands for the last identifier of `text`, what stands behind it ignored: that of `a::Parser<T>::` is the
+/// one of `T`, that of `a.Parser` the one of `Parser`. 0 without an identifier.
+std::uint64_t scope_key(std::string_view text);
 
-/// The uses inside those symbols, by id.
-std::vector<StoredUse> uses_within(Connection& connection, const std::vector<std::int64_t>& symbol_ids);
+/// Reads uses, and keeps those of the files that were read. A SharedFacts; safe to share between threads.
+class StoredUses {
+ public:
+  explicit StoredUses(Connection& connection);
+
+  /// The uses of a name, by id.
+  std::vector<StoredUse> of_name(Connection& connection, std::int64_t name_id) const;
+
+  /// The uses inside those symbols, by id.
+  std::vector<StoredUse> within(Connection& connection, std::vector<std::int64_t> symbol_ids) const;
+
+ private:
+  /// Of one file, by name, then by id.
+  using FileUses = std::vector<StoredUse>;
+
+  std::shared_ptr<const FileUses> of_file(Connection& connection, std::int64_t file) const;
+
+  mutable Memo<FileUses> files_;
+};
 
 }  // namespace tarnwick::storage

@@ -3,9 +3,10 @@
 #include <gmock/gmock.h>
 
 #include "storage/docstrings.h"
+#include "storage/errors.h"
 #include "storage/import_keys.h"
 #include "storage/indexed_tree.h"
-#include "storage/resolver.h"
+#include "storage/read_pool.h"
 
 namespace tarnwick::testing {
 namespace {
@@ -174,6 +175,27 @@ TEST_F(StoredRepositoryTest, SeesOneStateHoweverTheIndexMovesOn) {
   tree_.update();
   EXPECT_EQ(before.search_symbols("one", 50, true).total, 1);
   EXPECT_EQ(tree_.open().search_symbols("one", 50, true).total, 0);
+}
+
+TEST_F(StoredRepositoryTest, KeepsConnectionsForTheStateThatThereIs) {
+  storage::ReadPool pool(tree_.index_file());
+  EXPECT_THROW(pool.take(), storage::IndexError);
+  indexed({{"a.toy", "fn get\nend\n"}, {"user.toy", "fn user\nget()\nend\n"}});
+  const auto fan_in_now = [&] {
+    return fan_in(storage::StoredRepository(pool.take(), tree_.root()), "a.toy");
+  };
+  const auto held = pool.take();
+  EXPECT_DOUBLE_EQ(fan_in_now(), 1);
+  tree_.write("more.toy", "fn more\nget()\nend\n");
+  tree_.update();
+  EXPECT_DOUBLE_EQ(fan_in_now(), 2) << "what was worked out goes with its state";
+  EXPECT_DOUBLE_EQ(fan_in(storage::StoredRepository(held, tree_.root()), "a.toy"), 1);
+  std::filesystem::remove(tree_.index_file());
+  std::filesystem::remove(tree_.index_file().string() + "-wal");
+  std::filesystem::remove(tree_.index_file().string() + "-shm");
+  tree_.remove("user.toy");
+  tree_.update();
+  EXPECT_DOUBLE_EQ(fan_in_now(), 1) << "another file took the index's place";
 }
 
 TEST(Docstrings, AreCutAtSentencesAndLines) {

@@ -1,0 +1,131 @@
+#include "storage/definitions.h"
+
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "storage/file_list.h"
+#include "storage/import_links.h"
+
+namespace tarnwick::storage {
+namespace {
+
+std::uint64_t mix(std::uint64_t family, std::uint64_t salt, std::uint64_t place) {
+  return ((family * 0x9E3779B97F4A7C15U) ^ salt) * 0xC2B2AE3D27D4EB4FU ^ place;
+}
+
+// The kinds of places, each a key of its own.
+std::uint64_t family_place(const ListedFile& file) {
+  return mix(file.family, 1, 0);
+}
+std::uint64_t scope_place(const ListedFile& file, std::uint64_t scope) {
+  return mix(file.family, 2, scope);
+}
+std::uint64_t directory_place(const ListedFile& file) {
+  const std::string_view path = file.path;
+  return mix(file.family, 3, std::hash<std::string_view>()(path.substr(0, path.rfind('/') + 1)));
+}
+
+/// Of several definitions in reach, those that the qualifier or the scope of the use points at.
+std::vector<const Definition*> narrowed(const StoredUse& use, std::vector<const Definition*> all) {
+  if (all.size() < 2) return all;
+  std::vector<const Definition*> fitting;
+  for (const Definition* definition : all) {
+    const bool fits = use.qualifier == 0 ? definition->parent_id == 0 || definition->parent_id == use.caller
+                                         : definition->scope == use.qualifier;
+    if (fits) fitting.push_back(definition);
+  }
+  return fitting.empty() ? all : fitting;
+}
+
+}  // namespace
+
+Definitions::Definitions(Connection& connection, std::int64_t name_id) {
+  const FileList& files = connection.fact<FileList>();
+  const ImportLinks& links = connection.fact<ImportLinks>();
+  SQLite::Statement& query = connection.prepare(
+      "SELECT s.id, s.parent_id, s.fqn_hash, s.fqn, n.name FROM symbols AS s JOIN names AS n "
+      "ON n.id = s.name_id WHERE s.name_id = ? ORDER BY s.id");
+  query.bind(1, name_id);
+  while (query.executeStep()) {
+    const std::int64_t id = query.getColumn(0).getInt64();
+    const ListedFile* const file = files.find(file_of(id));
+    if (file == nullptr) continue;
+    const std::string fqn = query.getColumn(3).getString();
+    const std::string name = query.getColumn(4).getString();
+    std::string_view scope = fqn;
+    if (scope.ends_with(name)) scope.remove_suffix(name.size());
+    const auto position = static_cast<std::uint32_t>(all_.size());
+    all_.push_back({.id = id,
+                    .parent_id = query.getColumn(1).getInt64(),
+                    .fqn_hash = query.getColumn(2).getInt64(),
+                    .scope = scope_key(scope)});
+    for (const std::uint64_t place :
+         {family_place(*file), scope_place(*file, all_.back().scope), directory_place(*file)})
+      places_.emplace_back(place, position);
+    packages_.emplace_back(links.package_of(file_of(id)), position);
+  }
+  query.reset();
+  std::sort(places_.begin(), places_.end());
+  std::sort(packages_.begin(), packages_.end());
+}
+
+std::vector<const Definition*> Definitions::meant_by(Connection& connection, const StoredUse& use) const {
+  Found found = narrowed(use, in_file(use.file()));
+  // Of a single one nothing is to be told apart: no need to know the imports.
+  if (found.empty() && all_.size() == 1) found = everywhere(connection, use);
+  if (found.empty()) found = narrowed(use, imported(connection, use.file()));
+  if (found.empty()) found = everywhere(connection, use);
+  return found;
+}
+
+Definitions::Found Definitions::in_file(std::int64_t file) const {
+  auto it =
+      std::lower_bound(all_.begin(), all_.end(), symbol_id(file, 0),
+                       [](const Definition& definition, std::int64_t id) { return definition.id < id; });
+  Found found;
+  for (; it != all_.end() && file_of(it->id) == file; ++it) found.push_back(&*it);
+  return found;
+}
+
+Definitions::Found Definitions::imported(Connection& connection, std::int64_t file) const {
+  const auto imported = connection.fact<ImportLinks>().imported_by(connection, file);
+  Found found;
+  if (all_.size() < imported->files.size()) {
+    for (const Definition& definition : all_)
+      if (std::binary_search(imported->files.begin(), imported->files.end(), file_of(definition.id)))
+        found.push_back(&definition);
+  } else {
+    for (const std::int64_t id : imported->files) {
+      const Found inside = in_file(id);
+      found.insert(found.end(), inside.begin(), inside.end());
+    }
+  }
+  if (!found.empty()) return found;
+  for (const std::uint64_t package : imported->packages) {
+    auto it = std::lower_bound(packages_.begin(), packages_.end(), std::pair(package, std::uint32_t{0}));
+    for (; it != packages_.end() && it->first == package; ++it)
+      if (file_of(all_[it->second].id) != file) found.push_back(&all_[it->second]);
+  }
+  return found;
+}
+
+Definitions::Found Definitions::everywhere(Connection& connection, const StoredUse& use) const {
+  const ListedFile* const from = connection.fact<FileList>().find(use.file());
+  if (from == nullptr) return {};
+  std::vector<std::uint64_t> tried = {directory_place(*from), family_place(*from)};
+  if (use.qualifier != 0) tried.insert(tried.begin(), scope_place(*from, use.qualifier));
+  for (const std::uint64_t place : tried) {
+    auto it = std::lower_bound(places_.begin(), places_.end(), std::pair(place, std::uint32_t{0}));
+    Found found;
+    for (; it != places_.end() && it->first == place; ++it) {
+      found.push_back(&all_[it->second]);
+      if (found.size() == MOST_OF_A_PLACE) return {};
+    }
+    if (!found.empty()) return found;
+  }
+  return {};
+}
+
+}  // namespace tarnwick::storage
