@@ -48,6 +48,20 @@ TEST(QueryTerms, GivesPartsAndWordsWithoutCommonOnes) {
   for (const Case& c : cases) EXPECT_THAT(terms_of(c.task), ElementsAreArray(c.expected)) << c.task;
 }
 
+TEST(AreaWords, AreThoseBeforeTheColon) {
+  const Case cases[] = {
+      {"fix(http1): close idle ones", {"http1", "http"}},
+      {"feat(core/pool)!: reuse", {"cor", "pool"}},
+      {"unix, windows: report errors", {"unix", "window"}},
+      {"[parser]: read on", {"pars"}},
+      {"fix: the parser", {}},
+      {"Keep the pool: it is used", {}},
+      {"std::move the pool", {}},
+      {"pool:", {}},
+  };
+  for (const Case& c : cases) EXPECT_THAT(area_words(c.task), ElementsAreArray(c.expected)) << c.task;
+}
+
 TEST(IsTestQuery, GoesByWholeWords) {
   const QueryTokenizer tokenizer;
   for (const char* task :

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "workers/retrieval/words.h"
-
 namespace tarnwick::retrieval {
 namespace {
 
@@ -49,16 +47,6 @@ bool is_periphery(std::string_view path) {
        at = end + 1, end = path.find('/', at))
     if (std::ranges::find(PERIPHERY, path.substr(at, end - at)) != PERIPHERY.end()) return true;
   return false;
-}
-
-std::string subject_of(std::string_view path) {
-  path.remove_prefix(path.rfind('/') + 1);
-  path = path.substr(0, path.find('.', 1));
-  std::string subject;
-  split_parts(path, [&](std::string_view part) {
-    if (part != "test" && part != "tests" && part != "spec") subject += part;
-  });
-  return subject;
 }
 
 }  // namespace tarnwick::retrieval

@@ -39,9 +39,4 @@ class FileTable {
 /// other people's code. Judged by whole directory names.
 bool is_periphery(std::string_view path);
 
-/// A file's name without directories, extension and what marks it as a test, in lowercase: a source file and
-/// the test file named after it share it. `test_url.py`, `url_test.go`, `UrlTest.java` and `url.spec.ts` all
-/// give `url`.
-std::string subject_of(std::string_view path);
-
 }  // namespace tarnwick::retrieval

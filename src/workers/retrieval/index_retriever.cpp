@@ -26,10 +26,8 @@ using Scores = std::unordered_map<std::int64_t, double>;
 
 /// How many symbols are weighed by all signals.
 constexpr std::size_t CANDIDATES = 500;
-/// How many symbols with the most text lend to their neighbours.
+/// How many symbols with the most text lend to their callers.
 constexpr std::size_t LENDERS = 50;
-/// How many test files lend to the files that they are named after.
-constexpr std::size_t LENDING_TESTS = 20;
 
 double value_of(const Scores& scores, std::int64_t id) {
   const auto found = scores.find(id);
@@ -64,7 +62,7 @@ class Ranking {
     guarded("the text index", [&] { gather_paths(); });
     guarded("the history", [&] { gather_history(); });
     gather_names();
-    gather_neighbours();
+    gather_callers();
   }
 
   ExplainedRanking rank(std::size_t limit) const {
@@ -114,36 +112,14 @@ class Ranking {
 
   void gather_files() {
     std::vector<RowScore> rows = search_files(*connection_, words_);
-    std::vector<RowScore> tests;
-    for (const RowScore& row : rows)
-      if (const RankedFile* file = files_.find(row.id); file && file->is_test) tests.push_back(row);
     std::erase_if(rows, [&](const RowScore& row) { return !admits(row.id); });
     normalise(rows);
     file_ = map_of(rows);
-    gather_tested(best(std::move(tests), LENDING_TESTS));
-  }
-
-  void gather_tested(const std::vector<RowScore>& tests) {
-    std::unordered_map<std::string, double> subjects;
-    for (const RowScore& test : tests) {
-      double& score = subjects[subject_of(files_.find(test.id)->path)];
-      score = std::max(score, test.score);
-    }
-    subjects.erase("");
-    if (subjects.empty()) return;
-    for (const auto& [id, file] : files_.files()) {
-      if (file.is_test) continue;
-      if (const auto found = subjects.find(subject_of(file.path)); found != subjects.end())
-        tested_[id] = found->second;
-    }
-    normalise(tested_);
   }
 
   void gather_paths() {
     const auto weights = word_weights(*connection_, words_);
-    double total = 0;
-    for (const auto& word : words_.words) total += weights.at(word);
-    if (total == 0) return;
+    const std::vector<std::string> area = area_words(task_);
     for (const std::int64_t id : search_paths(*connection_, words_)) {
       if (!admits(id)) continue;
       std::unordered_set<std::string> held;
@@ -151,8 +127,11 @@ class Ranking {
       double sum = 0;
       for (const auto& word : words_.words)
         if (held.contains(word)) sum += weights.at(word);
-      path_[id] = sum / total;
+      path_[id] = sum;
+      const auto named = std::ranges::count_if(area, [&](const auto& word) { return held.contains(word); });
+      if (named > 0) area_[id] = static_cast<double>(named) / static_cast<double>(area.size());
     }
+    normalise(path_);
   }
 
   void gather_history() {
@@ -170,29 +149,28 @@ class Ranking {
     std::erase_if(exact_, [&](const auto& entry) { return !admits(file_of(entry.first)); });
   }
 
-  void gather_neighbours() {
-    Neighbours neighbours = neighbours_of(*connection_, lenders_);
-    for (Scores* scores : {&neighbours.called, &neighbours.callers})
-      std::erase_if(*scores, [&](const auto& entry) { return !admits(file_of(entry.first)); });
-    used_ = std::move(neighbours.called);
-    uses_ = std::move(neighbours.callers);
+  void gather_callers() {
+    uses_ = callers_of(*connection_, lenders_);
+    std::erase_if(uses_, [&](const auto& entry) { return !admits(file_of(entry.first)); });
   }
 
-  /// The symbols that signals of their own found: the best of them by all but their kinds, which are only
-  /// read of these.
+  /// The symbols that signals of their own found: the best of them by all but their kinds and sizes, which
+  /// are only read of these.
   std::vector<ExplainedHit> candidates() const {
     std::vector<RowScore> rows;
     for (const std::int64_t id : found_ids()) rows.push_back({id, fold(signals_of(id))});
     std::vector<std::int64_t> ids;
     for (const RowScore& row : best(std::move(rows), CANDIDATES)) ids.push_back(row.id);
     SQLite::Statement& query = connection_->prepare(
-        "SELECT s.id, s.kind, s.fqn FROM json_each(?) AS j CROSS JOIN symbols AS s ON s.id = j.value");
+        "SELECT s.id, s.kind, s.fqn, s.end_line - s.start_line + 1 FROM json_each(?) AS j CROSS JOIN symbols "
+        "AS s ON s.id = j.value");
     query.bind(1, storage::json_array(ids));
     std::vector<ExplainedHit> hits;
     while (query.executeStep()) {
       ExplainedHit hit{query.getColumn(0).getInt64(), query.getColumn(1).getString(), {}, 0};
       hit.signals = signals_of(hit.symbol_id);
       hit.signals.callable = hit.kind == "function" || hit.kind == "method" ? 1 : 0;
+      hit.signals.size = size_of(query.getColumn(3).getInt64());
       if (is_inline_test(query.getColumn(2).getString())) hit.signals.place *= TEST_PLACE;
       hit.score = fold(hit.signals);
       hits.push_back(std::move(hit));
@@ -203,7 +181,7 @@ class Ranking {
 
   std::vector<std::int64_t> found_ids() const {
     std::vector<std::int64_t> ids;
-    for (const Scores* scores : {&text_, &touched_, &exact_, &used_, &uses_})
+    for (const Scores* scores : {&text_, &touched_, &exact_, &uses_})
       for (const auto& [id, score] : *scores) ids.push_back(id);
     std::ranges::sort(ids);
     ids.erase(std::ranges::unique(ids).begin(), ids.end());
@@ -217,11 +195,11 @@ class Ranking {
             .history = value_of(history_, file),
             .touched = value_of(touched_, id),
             .uses = value_of(uses_, id),
-            .used = value_of(used_, id),
             .path = value_of(path_, file),
+            .area = value_of(area_, file),
             .exact = value_of(exact_, id),
-            .tested = value_of(tested_, file),
             .callable = 0,
+            .size = 0,
             .place = files_.find(file)->place};
   }
 
@@ -231,9 +209,9 @@ class Ranking {
   FileTable files_;
   bool include_tests_;
   std::vector<std::string> unasked_;
-  std::vector<RowScore> lenders_;                // the symbols with the most text, best first
-  Scores text_, touched_, exact_, used_, uses_;  // by symbol
-  Scores file_, history_, path_, tested_;        // by file
+  std::vector<RowScore> lenders_;         // the symbols with the most text, best first
+  Scores text_, touched_, exact_, uses_;  // by symbol
+  Scores file_, history_, path_, area_;   // by file
 };
 
 class RankedHit final : public Hit {

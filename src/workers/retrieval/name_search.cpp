@@ -93,22 +93,20 @@ std::unordered_map<std::int64_t, double> search_names(Connection& connection,
   return scores;
 }
 
-Neighbours neighbours_of(Connection& connection, const std::vector<RowScore>& symbols) {
+std::unordered_map<std::int64_t, double> callers_of(Connection& connection,
+                                                    const std::vector<RowScore>& symbols) {
   std::vector<std::int64_t> ids;
   std::unordered_map<std::int64_t, double> scores;
   for (const RowScore& row : symbols) {
     ids.push_back(row.id);
     scores.emplace(row.id, row.score);
   }
-  Neighbours result;
+  std::unordered_map<std::int64_t, double> callers;
   const storage::Resolver resolver(connection);
   for (const storage::ResolvedUse& use : resolver.uses_of(ids, storage::Resolver::From::production))
     if (use.type == storage::CALL && use.caller != 0 && use.caller != use.target)
-      raise(result.callers, use.caller, scores[use.target] * use.weight);
-  for (const storage::ResolvedUse& use : resolver.used_by(ids))
-    if (use.type == storage::CALL && use.caller != use.target)
-      raise(result.called, use.target, scores[use.caller] * use.weight);
-  return result;
+      raise(callers, use.caller, scores[use.target] * use.weight);
+  return callers;
 }
 
 }  // namespace tarnwick::retrieval

@@ -1,4 +1,4 @@
-// Symbols whose names a task writes, and those that use each other.
+// Symbols whose names a task writes, and those that use others.
 #pragma once
 
 #include <cstdint>
@@ -17,13 +17,9 @@ namespace tarnwick::retrieval {
 std::unordered_map<std::int64_t, double> search_names(storage::Connection& connection,
                                                       const std::vector<std::string>& names);
 
-/// What the symbols call, and who calls them, in production code: the greatest score of a symbol at the other
-/// end, less where a call may mean several symbols.
-struct Neighbours {
-  std::unordered_map<std::int64_t, double> called;
-  std::unordered_map<std::int64_t, double> callers;
-};
-
-Neighbours neighbours_of(storage::Connection& connection, const std::vector<RowScore>& symbols);
+/// Who calls the symbols in production code: the greatest score of a symbol that is called, less where a call
+/// may mean several symbols.
+std::unordered_map<std::int64_t, double> callers_of(storage::Connection& connection,
+                                                    const std::vector<RowScore>& symbols);
 
 }  // namespace tarnwick::retrieval

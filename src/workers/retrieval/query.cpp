@@ -146,6 +146,20 @@ std::vector<std::string> words_of(std::string_view task, bool task_verbs) {
   return words;
 }
 
+/// What stands before the colon of a task that begins like `area: …`; in `kind(area): …` what the brackets
+/// hold.
+std::string_view area_of(std::string_view task) {
+  const std::size_t colon = task.find(": ");
+  if (colon == std::string_view::npos) return {};
+  std::string_view head = task.substr(0, colon);
+  if (head.ends_with('!')) head.remove_suffix(1);
+  if (head.ends_with(')')) head = head.substr(std::min(head.find('('), head.size()));
+  // A blank that no comma precedes: prose.
+  for (std::size_t at = head.find(' '); at != std::string_view::npos; at = head.find(' ', at + 1))
+    if (at > 0 && head[at - 1] != ',') return {};
+  return head;
+}
+
 class Terms final : public QueryTerms {
  public:
   explicit Terms(std::vector<std::string> words)
@@ -169,6 +183,14 @@ std::vector<std::string> names_of(std::string_view task) {
 std::vector<std::string> terms_of(std::string_view task) {
   std::vector<std::string> words = words_of(task, true);
   if (words.empty()) words = words_of(task, false);
+  return words;
+}
+
+std::vector<std::string> area_words(std::string_view task) {
+  std::vector<std::string> words;
+  split_identifiers(area_of(task), [&](std::string_view word) {
+    if (!is_common_word(word, true)) words.emplace_back(stem(word));
+  });
   return words;
 }
 

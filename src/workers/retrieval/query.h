@@ -19,6 +19,10 @@ std::vector<std::string> names_of(std::string_view task);
 /// place. Common words are left out; the verbs that open tasks are kept when nothing else is left.
 std::vector<std::string> terms_of(std::string_view task);
 
+/// The stemmed words, without common ones, of what a task names before its first colon as the area of the
+/// work: `area: …`, `area1, area2: …`, `kind(area): …`, `[area]: …`. Empty for a task that names none.
+std::vector<std::string> area_words(std::string_view task);
+
 /// The tokenizer functions that the program hands to a builder. Without state: safe to share between threads.
 class QueryTokenizer final : public Tokenizer {
  public:

@@ -13,7 +13,7 @@ using storage::Connection;
 
 // Columns: body, name, scope, signature, docstring, path.
 constexpr const char* SYMBOLS =
-    "SELECT rowid, -bm25(symbol_search, 1, 3, 0.5, 1, 0.5, 0.5) FROM symbol_search WHERE symbol_search MATCH "
+    "SELECT rowid, -bm25(symbol_search, 2, 3, 0.5, 1, 0.5, 0.5) FROM symbol_search WHERE symbol_search MATCH "
     "?";
 // Columns: body, path.
 constexpr const char* FILES =
@@ -49,15 +49,23 @@ bool is_better(const RowScore& a, const RowScore& b) {
 
 SearchWords SearchWords::of(std::string_view task) {
   SearchWords result;
+  const auto add = [&](std::string_view word) {
+    const std::string_view stemmed = stem(word);
+    if (std::ranges::find(result.words, stemmed) == result.words.end()) result.words.emplace_back(stemmed);
+  };
   const auto collect = [&](bool task_verbs) {
     split_identifiers(task, [&](std::string_view word) {
-      if (is_common_word(word, task_verbs)) return;
-      const std::string_view stemmed = stem(word);
-      if (std::ranges::find(result.words, stemmed) == result.words.end()) result.words.emplace_back(stemmed);
+      if (!is_common_word(word, task_verbs)) add(word);
     });
   };
   collect(true);
   if (result.words.empty()) collect(false);
+  std::string before;
+  split_parts(task, [&](std::string_view word) {
+    const bool counts = !is_common_word(word, false);
+    if (counts && !before.empty()) add(before.append(word));
+    before = counts ? word : std::string_view();
+  });
   return result;
 }
 

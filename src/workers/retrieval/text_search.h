@@ -19,7 +19,9 @@ struct RowScore {
 
 /// What of a task is searched for.
 struct SearchWords {
-  std::vector<std::string> words;  ///< as search_words gives them, without common ones, each once
+  /// As search_words gives them, without common ones, each once. Neighbours come as one word too, as code
+  /// writes them: "digest auth" also looks for DigestAuth.
+  std::vector<std::string> words;
 
   static SearchWords of(std::string_view task);
 };
