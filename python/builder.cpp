@@ -105,7 +105,8 @@ struct BuildArguments {
     arena.source_only = py::reinterpret_borrow<py::object>(source_only);
     options.wide_match = is_true(wide_match);
     if (seed_symbols != Py_None) {
-      options.seed_source = [&arena, seeds = seed_symbols] { return to_symbols(arena, seeds); };
+      options.seed_symbols =
+          SeedSymbols::Find([&arena, seeds = seed_symbols] { return to_symbols(arena, seeds); });
     }
     return options;
   }

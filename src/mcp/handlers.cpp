@@ -89,9 +89,8 @@ BuildOptions build_options(const Source& source, const TaskArguments& task) {
 }
 
 /// The symbols that are to lead the pack. A qualified name that several bear stands for the first of them.
-std::optional<std::vector<SymbolPtr>> seeds_of(const View& view, const TaskArguments& task,
-                                               const Indexing& indexing) {
-  if (!task.seed_symbols) return std::nullopt;
+SeedSymbols seeds_of(const View& view, const TaskArguments& task, const Indexing& indexing) {
+  if (!task.seed_symbols) return {};
   std::vector<SymbolPtr> seeds;
   for (const std::string& fqn : *task.seed_symbols) {
     SymbolPtr seed = view.repository().get_symbol_by_fqn(fqn);

@@ -80,6 +80,30 @@ struct PackOptions {
   WeighedObserver on_weighed = nullptr;
 };
 
+/// Symbols judged relevant by a better signal than names, in the order in which they lead a pack: at hand, or
+/// found while they are walked.
+class SeedSymbols {
+ public:
+  using Find = std::function<std::vector<SymbolPtr>()>;
+
+  /// None are given, which is not the same as an empty list.
+  SeedSymbols() = default;
+  // A list is what most callers have.
+  // NOLINTBEGIN(google-explicit-constructor)
+  SeedSymbols(std::vector<SymbolPtr> symbols) : find_([symbols = std::move(symbols)] { return symbols; }) {}
+  /// `find`, not null, is called once a build, at the step that keeps the seeds, when the component filter is
+  /// known to be good. What it throws reaches the caller of the build.
+  SeedSymbols(Find find) : find_(std::move(find)) {}
+  // NOLINTEND(google-explicit-constructor)
+
+  bool given() const { return find_ != nullptr; }
+  /// Only when given.
+  std::vector<SymbolPtr> find() const { return find_(); }
+
+ private:
+  Find find_;
+};
+
 /// The choices of one build.
 struct BuildOptions {
   /// Tokens the pack may cost; the ceiling is 5 % above. What a pack costs and what is dropped first: see
@@ -99,12 +123,8 @@ struct BuildOptions {
   bool wide_match = false;
   /// Fully qualified names of the symbols to render with their full body.
   TextSet deep_fqns = {};
-  /// Symbols judged relevant by a better signal; they lead the pack in this order. Present, even empty: the
-  /// retriever is not asked.
-  std::optional<std::vector<SymbolPtr>> seed_symbols = std::nullopt;
-  /// In place of `seed_symbols`, for seeds that are found while they are walked: called once, at the step
-  /// that keeps the seeds, when the component filter is known to be good.
-  std::function<std::vector<SymbolPtr>()> seed_source = nullptr;
+  /// Symbols that lead the pack. Given, even empty: the retriever is not asked.
+  SeedSymbols seed_symbols = {};
   /// For hosts that explain a pack; null: nobody is told.
   WeighedObserver on_weighed = nullptr;
 };

@@ -60,10 +60,8 @@ ContextPack ContextBuilder::build_context_pack(const Text& task, const BuildOpti
 
   std::vector<Text> notes;
   std::vector<SymbolPtr> given;
-  if (options.seed_source) {
-    given = options.seed_source();
-  } else if (options.seed_symbols) {
-    given = *options.seed_symbols;
+  if (options.seed_symbols.given()) {
+    given = options.seed_symbols.find();
   } else if (retriever_ != nullptr) {
     const std::int64_t widening = component_files ? COMPONENT_WIDENING : 1;
     Retrieved retrieved =
