@@ -144,6 +144,30 @@ class Retriever:
         return SimpleNamespace(hits=iter(hits), note=self.note)
 
 
+def small_host(**changes):
+    """An index of three symbols in two files, with one test."""
+    symbols = [
+        Symbol(1, "reader", "class", 1, signature="class reader", docstring="Reads.\n\n:param x: The x."),
+        Symbol(2, "pool", "function", 1, signature="def pool()"),
+        Symbol(3, "budget", "method", 2),
+    ]
+    options = {
+        "symbols": symbols,
+        "paths": {1: "src/a.py", 2: "src/b.py"},
+        "fan_in": {1: 4, 2: 2},
+        "components": {"core": (7, [1, 2])},
+        "covering": [CoveringTest({"src/a.py": (1, "tests/test_a.py"), "src/b.py": (2, "tests/test_a.py")})],
+    }
+    return Repository(**{**options, **changes})
+
+
+TASK = "reader pool budget"  # finds the three
+
+
+class Failure(Exception):
+    pass
+
+
 class Recorder:
     """Stands before a collaborator and writes down each call: name, arguments by position, arguments by name."""
 

@@ -7,15 +7,14 @@ import threading
 import weakref
 
 import host
-from test_border import Failure, small_host
 
 
 def a_world(module):
     """A host with everything, and its builds: good, refused, failing early, failing late."""
     symbol = host.Symbol(1, "reader\udcff", docstring="Args:\n  x: The x.\u00e9", signature="s")
-    repository = small_host(symbols=[symbol, host.Symbol(2, "reader")])
+    repository = host.small_host(symbols=[symbol, host.Symbol(2, "reader")])
     builder = module.ContextBuilder(repository, host.Retriever([(1.0, symbol)], "note"), list_tests=True)
-    error = Failure("kept")
+    error = host.Failure("kept")
 
     def failing(operation):
         def fail(*args, **kwargs):
@@ -24,7 +23,7 @@ def a_world(module):
         setattr(repository, operation, fail)
         try:
             builder.build_context_pack("reader", prefer_kinds=["class"])
-        except Failure as caught:
+        except host.Failure as caught:
             assert caught is error
         finally:
             error.__traceback__ = None  # an error that is raised again and again gathers frames
@@ -80,7 +79,7 @@ def test_nothing_of_a_host_outlives_its_builds(module):
 
 def test_builds_on_several_threads(module):
     symbols = [host.Symbol(n + 1, f"reader_{n}", docstring="Args:\n" + f"    x{n}: y\n" * 2000) for n in range(30)]
-    builder = module.ContextBuilder(small_host(symbols=symbols))
+    builder = module.ContextBuilder(host.small_host(symbols=symbols))
     choices = {"token_budget": 10**6, "wide_match": True}
     expected = builder.build_context_pack("reader", **choices).symbols
     failures, statuses, start = [], set(), threading.Barrier(5)
@@ -132,9 +131,8 @@ ENDING = """
 import sys, threading, time
 sys.path[:0] = {paths!r}
 import conftest, host
-from test_border import small_host
 symbols = [host.Symbol(n + 1, f"reader_{{n}}", docstring="Args:\\n" + "    x: y\\n" * 3000) for n in range(20)]
-builder = conftest.MODULE.ContextBuilder(small_host(symbols=symbols))
+builder = conftest.MODULE.ContextBuilder(host.small_host(symbols=symbols))
 def work():
     while True:
         builder.build_context_pack("reader", 10**6, wide_match=True)
