@@ -4,6 +4,7 @@
 #include <optional>
 #include <unordered_map>
 
+#include "storage/reference_list.h"
 #include "text/surrogates.h"
 
 namespace tarnwick::mcp {
@@ -36,7 +37,37 @@ class ConfinedPaths final : public PathMap {
   std::vector<Text> held_;
 };
 
+/// Asks for the place when the line is asked for, as most are not.
+class ConfinedReference final : public storage::PlacedReference {
+ public:
+  ConfinedReference(ReferencePtr inner, const fs::path& root) : inner_(std::move(inner)), root_(root) {}
+
+  Text usage_type() const override { return inner_->usage_type(); }
+  std::optional<CallerSymbol> caller_symbol() const override { return inner_->caller_symbol(); }
+  OptionalText context() const override { return path() ? inner_->context() : std::nullopt; }
+  OptionalText path() const override {
+    const auto* const placed = dynamic_cast<const storage::PlacedReference*>(inner_.get());
+    OptionalText path = placed == nullptr ? std::nullopt : placed->path();
+    return path && lies_inside(root_, path->view()) ? path : std::nullopt;
+  }
+  std::int64_t line() const override {
+    const auto* const placed = dynamic_cast<const storage::PlacedReference*>(inner_.get());
+    return placed == nullptr ? 0 : placed->line();
+  }
+
+ private:
+  ReferencePtr inner_;
+  fs::path root_;
+};
+
 }  // namespace
+
+References ConfinedRepository::get_references(const Text& fqn) const {
+  References references = inner_.get_references(fqn);
+  for (ReferencePtr& reference : references.references)
+    reference = std::make_shared<ConfinedReference>(std::move(reference), root_);
+  return references;
+}
 
 std::shared_ptr<const PathMap> ConfinedRepository::get_file_paths_batch(
     const std::vector<SymbolPtr>& symbols) const {

@@ -10,9 +10,10 @@
 
 namespace tarnwick::mcp {
 
-/// Passes everything on but the paths of files that do not lie inside `root`: a symbolic link that took a
-/// file's or a directory's place, or an index that names what it should not, gives symbols without a path,
-/// which nothing is read of. Thread rule: as the repository within, which must outlive it.
+/// Passes everything on but the paths of files that do not lie inside `root`, and the lines of references in
+/// them: a symbolic link that took a file's or a directory's place, or an index that names what it should
+/// not, gives symbols and references without a path, which nothing is read of. References are
+/// storage::PlacedReferences. Thread rule: as the repository within, which must outlive it.
 class ConfinedRepository final : public Repository {
  public:
   /// `root` is free of symbolic links.
@@ -43,7 +44,7 @@ class ConfinedRepository final : public Repository {
   std::vector<SymbolPtr> get_symbols_by_file(std::int64_t file_id) const override {
     return inner_.get_symbols_by_file(file_id);
   }
-  References get_references(const Text& fqn) const override { return inner_.get_references(fqn); }
+  References get_references(const Text& fqn) const override;
   SymbolPtr get_symbol_by_fqn(const Text& fqn) const override { return inner_.get_symbol_by_fqn(fqn); }
   std::shared_ptr<const IdMap<OrderKey>> production_fan_in(
       const std::vector<std::int64_t>& ids) const override {

@@ -18,24 +18,31 @@
 namespace tarnwick::storage {
 namespace {
 
-class StoredReference final : public Reference {
+class StoredReference final : public PlacedReference {
  public:
-  StoredReference(std::int64_t type, std::optional<CallerSymbol> caller, std::filesystem::path file,
-                  std::int64_t line)
-      : type_(type), caller_(std::move(caller)), file_(std::move(file)), line_(line) {}
+  StoredReference(std::int64_t type, std::optional<CallerSymbol> caller, Text path, std::int64_t line,
+                  std::filesystem::path root)
+      : type_(type),
+        caller_(std::move(caller)),
+        path_(std::move(path)),
+        line_(line),
+        root_(std::move(root)) {}
 
   Text usage_type() const override { return USE_TYPES.at(static_cast<std::size_t>(type_)); }
   std::optional<CallerSymbol> caller_symbol() const override { return caller_; }
   OptionalText context() const override {
-    std::optional<std::string> line = read_line(file_, line_);
+    std::optional<std::string> line = read_line(source_path(root_, path_), line_);
     return line ? OptionalText(std::move(*line)) : std::nullopt;
   }
+  OptionalText path() const override { return path_; }
+  std::int64_t line() const override { return line_; }
 
  private:
   std::int64_t type_;
   std::optional<CallerSymbol> caller_;
-  std::filesystem::path file_;
+  Text path_;
   std::int64_t line_;
+  std::filesystem::path root_;
 };
 
 std::unordered_map<std::int64_t, std::string> paths_of(Connection& connection,
@@ -112,7 +119,7 @@ References references_of(Connection& connection, const std::vector<std::int64_t>
     const auto caller = callers.find(use.caller);
     result.references.push_back(std::make_shared<StoredReference>(
         use.type, caller == callers.end() ? std::nullopt : std::optional(caller->second),
-        source_path(root, paths.at(use.file)), use.line));
+        Text(paths.at(use.file)), use.line, root));
   }
   return result;
 }
