@@ -53,7 +53,7 @@ class Ranking {
       : connection_(&connection),
         task_(task),
         words_(SearchWords::of(task)),
-        files_(connection),
+        files_(connection.fact<FileTable>()),
         include_tests_(include_tests) {}
 
   void gather() {
@@ -206,7 +206,7 @@ class Ranking {
   Connection* connection_;
   std::string_view task_;
   SearchWords words_;
-  FileTable files_;
+  const FileTable& files_;  // shared with other rankings of this state
   bool include_tests_;
   std::vector<std::string> unasked_;
   std::vector<RowScore> lenders_;         // the symbols with the most text, best first
