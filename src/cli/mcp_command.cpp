@@ -27,6 +27,7 @@ struct McpOptions {
   std::vector<std::string> repos;
   bool ignored = false;
   bool structured = false;
+  bool unwatched = false;
 };
 
 std::vector<Location> locations_of(const McpOptions& options) {
@@ -66,8 +67,8 @@ mcp::Sources sources_of(const McpOptions& options) {
     update.index_file = location.index_file;
     update.include_ignored = options.ignored;
     update.extractor = &extractor();
-    sources.push_back(
-        std::make_unique<mcp::StoredSource>(name_of(location.root, locations), std::move(update)));
+    sources.push_back(std::make_unique<mcp::StoredSource>(name_of(location.root, locations),
+                                                          std::move(update), !options.unwatched));
   }
   return sources;
 }
@@ -130,6 +131,8 @@ void declare_mcp(CLI::App& command) {
       ->type_name("DIR")
       ->allow_extra_args(false);
   command.add_flag("--ignored", options->ignored, "Read the files that git ignores too");
+  command.add_flag("--no-watch", options->unwatched,
+                   "Look for changed files at each call instead of being told, as on network file systems");
   command.add_flag("--structured", options->structured,
                    "Send results as structured content too, with a schema of them");
   command.callback([options] { run(*options); });

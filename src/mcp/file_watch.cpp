@@ -38,8 +38,8 @@ std::string joined(const std::string& directory, const std::string& name) {
 
 }  // namespace
 
-FileWatch::FileWatch(fs::path root)
-    : root_(std::move(root)), descriptor_(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
+FileWatch::FileWatch(fs::path root, bool enabled)
+    : root_(std::move(root)), descriptor_(enabled ? inotify_init1(IN_CLOEXEC | IN_NONBLOCK) : -1) {
   if (descriptor_ < 0) complete_ = false;
 }
 

@@ -13,7 +13,8 @@ namespace tarnwick::mcp {
 /// One thread at a time, but for `changed` and `complete`.
 class FileWatch {
  public:
-  explicit FileWatch(std::filesystem::path root);
+  /// Without `enabled`, nothing is watched.
+  explicit FileWatch(std::filesystem::path root, bool enabled = true);
   FileWatch(const FileWatch&) = delete;
   FileWatch& operator=(const FileWatch&) = delete;
   ~FileWatch();

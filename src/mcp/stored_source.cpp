@@ -38,6 +38,9 @@ constexpr auto LEAST_PAUSE = 200ms;
 constexpr auto MOST_PAUSE = 5000ms;
 constexpr int PAUSE_FACTOR = 10;
 
+/// A first indexing begins behind the first call, or this long after the start when none comes.
+constexpr auto HEAD_START = 300ms;
+
 /// Answering goes before indexing.
 constexpr int NICE = 5;
 
@@ -81,11 +84,11 @@ class StoredSource::Reporter final : public indexing::Progress {
   StoredSource& source_;
 };
 
-StoredSource::StoredSource(std::string name, indexing::IndexOptions update)
+StoredSource::StoredSource(std::string name, indexing::IndexOptions update, bool watch)
     : name_(std::move(name)),
       update_(std::move(update)),
       pool_(update_.index_file),
-      watch_(update_.root),
+      watch_(update_.root, watch),
       wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       complete_(has_whole_index(update_.index_file)) {
   if (wake_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
@@ -107,7 +110,9 @@ Indexing StoredSource::refresh(const Call& call) {
   const bool lost = !std::filesystem::exists(update_.index_file, error);
   std::unique_lock lock(mutex_);
   if (lost) complete_ = false;
-  std::uint64_t needed = started_;  // an update under way may have seen the change and told nobody yet
+  // An update under way may have seen the change and told nobody yet. The first looks at what changed before
+  // the start.
+  std::uint64_t needed = std::max<std::uint64_t>(started_, 1);
   if (watch_.changed() || !watch_.complete() || failure_ || (lost && finished_ == started_))
     needed = started_ + 1;
   want(needed);
@@ -125,7 +130,10 @@ Indexing StoredSource::refresh(const Call& call) {
 
 std::unique_ptr<View> StoredSource::view(const Call& call) {
   try {
-    return open_view(pool_, update_.root, call);
+    std::unique_ptr<View> view = open_view(pool_, update_.root, call);
+    const std::lock_guard lock(mutex_);
+    if (!std::exchange(asked_, true)) changed_.notify_all();
+    return view;
   } catch (const storage::IndexError& error) {
     const std::lock_guard lock(mutex_);
     if (error.kind() == storage::IndexError::Kind::damaged) want(started_ + 1);  // which sets it aside
@@ -153,6 +161,7 @@ void StoredSource::note_progress(std::int64_t done, std::int64_t total) {
 
 void StoredSource::run(const std::stop_token& stop) {
   setpriority(PRIO_PROCESS, 0, NICE);  // of this thread and those it starts
+  await_first_call(stop);
   std::chrono::milliseconds pause = 0ms;
   while (!stop.stop_requested()) {
     wait_for_change(stop, pause);
@@ -162,6 +171,11 @@ void StoredSource::run(const std::stop_token& stop) {
     const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Call::Clock::now() - start);
     pause = std::clamp<std::chrono::milliseconds>(took * PAUSE_FACTOR, LEAST_PAUSE, MOST_PAUSE);
   }
+}
+
+void StoredSource::await_first_call(const std::stop_token& stop) {
+  std::unique_lock lock(mutex_);
+  changed_.wait_for(lock, stop, HEAD_START, [this] { return complete_ || asked_; });
 }
 
 void StoredSource::run_history(const std::stop_token& stop) {

@@ -23,8 +23,9 @@ namespace tarnwick::mcp {
 class StoredSource final : public Source {
  public:
   /// `update` says how to bring the index up to date; its `root` is free of symbolic links, its `index_file`
-  /// given. `name` is unique among the served repositories.
-  StoredSource(std::string name, indexing::IndexOptions update);
+  /// given. `name` is unique among the served repositories. Without `watch`, or where the system cannot
+  /// watch, each call looks for changed files.
+  StoredSource(std::string name, indexing::IndexOptions update, bool watch = true);
   /// Stops the indexing; what is done of a first one stays.
   ~StoredSource() override;
 
@@ -38,6 +39,7 @@ class StoredSource final : public Source {
 
   void run(const std::stop_token& stop);
   void run_history(const std::stop_token& stop);
+  void await_first_call(const std::stop_token& stop);
   void update_once(const std::stop_token& stop);
   void watch_indexed_directories();
   void wait_for_change(const std::stop_token& stop, std::chrono::milliseconds pause) const;
@@ -59,6 +61,7 @@ class StoredSource final : public Source {
   std::uint64_t wanted_ = 1;    ///< number of the update that somebody waits for
   std::uint64_t started_ = 0;   ///< number of the last update that began, which looks at all files after that
   std::uint64_t finished_ = 0;  ///< and of the last that ended
+  bool asked_ = false;          ///< a call has had its view
   bool complete_ = false;       ///< there was a whole index at some time
   std::int64_t files_done_ = 0;
   std::int64_t files_total_ = 0;  ///< that the running update reads; 0: none yet

@@ -115,7 +115,7 @@ void LineWriter::run() {
       std::unique_lock lock(mutex_);
       changed_.wait(lock, [this] { return broken_ || finishing_ || !queue_.empty(); });
       if (broken_ || queue_.empty()) return;
-      for (std::string& line : queue_) text += line;  // one call for all that wait
+      for (const std::string& line : queue_) text += line;  // one call for all that wait
       queue_.clear();
       queued_bytes_ = 0;
     }

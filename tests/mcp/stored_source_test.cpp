@@ -1,0 +1,103 @@
+#include "mcp/stored_source.h"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+#include "mcp/confined_repository.h"
+#include "storage/indexed_tree.h"
+
+namespace tarnwick::testing {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Takes its time over each file.
+class SlowExtractor final : public indexing::Extractor {
+ public:
+  std::string version() const override { return inner_.version(); }
+  std::string language_of(std::string_view path, std::optional<std::string_view> head) const override {
+    return inner_.language_of(path, head);
+  }
+  bool is_source(std::string_view language) const override { return inner_.is_source(language); }
+  bool is_test_path(std::string_view path) const override { return inner_.is_test_path(path); }
+  indexing::FileFacts extract(std::string_view path, std::string_view text,
+                              std::string_view language) const override {
+    std::this_thread::sleep_for(2ms);
+    return inner_.extract(path, text, language);
+  }
+
+ private:
+  ToyExtractor inner_;
+};
+
+class StoredSourceTest : public ::testing::Test {
+ protected:
+  mcp::StoredSource source(bool watch) const {
+    return {
+        "tree", {.root = tree_.root(), .index_file = tree_.index_file(), .extractor = &extractor_}, watch};
+  }
+  static mcp::Call call() { return {{}, mcp::Call::Clock::now() + 20s}; }
+
+  /// The state of the index at each look, up to the end of the first indexing.
+  static std::vector<std::int64_t> progress_of(mcp::Source& source) {
+    std::vector<std::int64_t> seen;
+    for (mcp::Indexing state = source.refresh(call());; state = source.refresh(call())) {
+      source.view(call());
+      seen.push_back(state.progress);
+      if (!state.in_progress) return seen;
+      std::this_thread::sleep_for(1ms);
+    }
+  }
+  static std::int64_t matches(mcp::Source& source, const char* name) {
+    source.refresh(call());
+    const mcp::Call now = call();
+    return source.view(now)->repository().search_symbols(name, 9, false).total;
+  }
+
+  IndexedTree tree_;
+  SlowExtractor extractor_;
+};
+
+TEST_F(StoredSourceTest, TellsARisingProgressOfTheFirstIndexing) {
+  for (int i = 0; i < 150; ++i)
+    tree_.write("f" + std::to_string(i) + ".toy", "fn f" + std::to_string(i) + "\nend\n");
+  mcp::StoredSource source = this->source(true);
+  const std::vector<std::int64_t> seen = progress_of(source);
+  EXPECT_EQ(seen.front(), 0);
+  EXPECT_EQ(seen.back(), 100);
+  EXPECT_TRUE(std::ranges::is_sorted(seen));
+  EXPECT_TRUE(std::ranges::any_of(seen, [](std::int64_t part) { return part > 0 && part < 100; }));
+}
+
+TEST_F(StoredSourceTest, ShowsEveryEditWatchedOrNot) {
+  for (const bool watch : {true, false}) {
+    tree_.write("a.toy", "fn one\nend\n");
+    mcp::StoredSource source = this->source(watch);
+    progress_of(source);
+    EXPECT_EQ(matches(source, "one"), 1) << watch;
+    tree_.write("a.toy", "fn another\nend\n");
+    tree_.write("deep/er/b.toy", "fn new_one\nend\n");
+    EXPECT_EQ(matches(source, "another") * matches(source, "new_one"), 1) << watch;
+    EXPECT_EQ(matches(source, "one"), 0) << watch;
+    tree_.remove("deep/er/b.toy");
+    EXPECT_EQ(matches(source, "new_one"), 0) << watch;
+  }
+}
+
+TEST_F(StoredSourceTest, ReadsNoLineOfAReferenceOutside) {
+  tree_.write("a.toy", "fn target\nend\n");
+  tree_.write("near/user.toy", "fn user\ntarget()\nend\n");
+  tree_.update();
+  const storage::StoredRepository stored = tree_.open();
+  const mcp::ConfinedRepository repository(stored, tree_.root());
+  const References references = repository.get_references("target");
+  ASSERT_EQ(references.references.size(), 1U);
+  EXPECT_TRUE(references.references[0]->context());
+  std::filesystem::rename(tree_.root() / "near", tree_.root().parent_path() / "outside");
+  std::filesystem::create_directory_symlink(tree_.root().parent_path() / "outside", tree_.root() / "near");
+  EXPECT_FALSE(references.references[0]->context());
+}
+
+}  // namespace
+}  // namespace tarnwick::testing
