@@ -10,8 +10,8 @@ namespace tarnwick::indexing {
 namespace {
 
 constexpr std::string_view DIRECTORIES =
-    "test tests __tests__ unittest unittests unit_tests unit-tests integration_tests integration-tests "
-    "integrationtest testdata test-data test_data androidtest";
+    "test tests __tests__ testsuite unittest unittests unit_tests unit-tests integration_tests "
+    "integration-tests integrationtest testdata test-data test_data androidtest";
 
 std::string lower(std::string_view text) {
   std::string result(text);

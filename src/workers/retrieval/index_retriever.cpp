@@ -43,7 +43,13 @@ Scores map_of(const std::vector<RowScore>& rows) {
 /// Whether a symbol of a source file is a test: some languages keep them in a scope of that name beside the
 /// code.
 bool is_inline_test(std::string_view fqn) {
-  return fqn.find("::tests::") != std::string_view::npos || fqn.find("::test::") != std::string_view::npos;
+  for (const std::string_view scope : {"::tests", "::test"}) {
+    const std::size_t at = fqn.find(scope);
+    if (at == std::string_view::npos) continue;
+    const std::string_view rest = fqn.substr(at + scope.size());
+    if (rest.empty() || rest.starts_with("::")) return true;
+  }
+  return false;
 }
 
 /// One ranking: gathers each signal in turn, then folds them for every symbol that any of them found.
@@ -57,6 +63,7 @@ class Ranking {
         include_tests_(include_tests) {}
 
   void gather() {
+    guarded("the text index", [&] { weights_ = word_weights(*connection_, words_); });
     guarded("the text index", [&] { gather_text(); });
     guarded("the text index", [&] { gather_files(); });
     guarded("the text index", [&] { gather_paths(); });
@@ -118,20 +125,30 @@ class Ranking {
   }
 
   void gather_paths() {
-    const auto weights = word_weights(*connection_, words_);
     const std::vector<std::string> area = area_words(task_);
     for (const std::int64_t id : search_paths(*connection_, words_)) {
       if (!admits(id)) continue;
-      std::unordered_set<std::string> held;
-      search_words(files_.find(id)->path, [&](std::string_view word) { held.emplace(word); });
-      double sum = 0;
-      for (const auto& word : words_.words)
-        if (held.contains(word)) sum += weights.at(word);
-      path_[id] = sum;
+      const std::unordered_set<std::string> held = words_held(files_.find(id)->path);
+      path_[id] = weight_of(held);
       const auto named = std::ranges::count_if(area, [&](const auto& word) { return held.contains(word); });
       if (named > 0) area_[id] = static_cast<double>(named) / static_cast<double>(area.size());
     }
     normalise(path_);
+  }
+
+  static std::unordered_set<std::string> words_held(std::string_view text) {
+    std::unordered_set<std::string> held;
+    search_words(text, [&](std::string_view word) { held.emplace(word); });
+    return held;
+  }
+
+  /// The summed weight of the task's words among `held`.
+  double weight_of(const std::unordered_set<std::string>& held) const {
+    double sum = 0;
+    for (const std::string& word : words_.words)
+      if (const auto found = weights_.find(word); found != weights_.end() && held.contains(word))
+        sum += found->second;
+    return sum;
   }
 
   void gather_history() {
@@ -154,21 +171,23 @@ class Ranking {
     std::erase_if(uses_, [&](const auto& entry) { return !admits(file_of(entry.first)); });
   }
 
-  /// The symbols that signals of their own found: the best of them by all but their kinds and sizes, which
-  /// are only read of these.
+  /// The symbols that signals of their own found: the best of them by all but their names, kinds and sizes,
+  /// which are only read of these.
   std::vector<ExplainedHit> candidates() const {
     std::vector<RowScore> rows;
     for (const std::int64_t id : found_ids()) rows.push_back({id, fold(signals_of(id))});
     std::vector<std::int64_t> ids;
     for (const RowScore& row : best(std::move(rows), CANDIDATES)) ids.push_back(row.id);
     SQLite::Statement& query = connection_->prepare(
-        "SELECT s.id, s.kind, s.fqn, s.end_line - s.start_line + 1 FROM json_each(?) AS j CROSS JOIN symbols "
-        "AS s ON s.id = j.value");
+        "SELECT s.id, s.kind, s.fqn, s.end_line - s.start_line + 1, n.name FROM json_each(?) AS j CROSS JOIN "
+        "symbols AS s ON s.id = j.value CROSS JOIN names AS n ON n.id = s.name_id");
     query.bind(1, storage::json_array(ids));
+    const double all = weight_of({words_.words.begin(), words_.words.end()});
     std::vector<ExplainedHit> hits;
     while (query.executeStep()) {
       ExplainedHit hit{query.getColumn(0).getInt64(), query.getColumn(1).getString(), {}, 0};
       hit.signals = signals_of(hit.symbol_id);
+      if (all > 0) hit.signals.named = weight_of(words_held(query.getColumn(4).getString())) / all;
       hit.signals.callable = hit.kind == "function" || hit.kind == "method" ? 1 : 0;
       hit.signals.size = size_of(query.getColumn(3).getInt64());
       if (is_inline_test(query.getColumn(2).getString())) hit.signals.place *= TEST_PLACE;
@@ -198,6 +217,7 @@ class Ranking {
             .path = value_of(path_, file),
             .area = value_of(area_, file),
             .exact = value_of(exact_, id),
+            .named = 0,
             .callable = 0,
             .size = 0,
             .place = files_.find(file)->place};
@@ -209,9 +229,10 @@ class Ranking {
   const FileTable& files_;  // shared with other rankings of this state
   bool include_tests_;
   std::vector<std::string> unasked_;
-  std::vector<RowScore> lenders_;         // the symbols with the most text, best first
-  Scores text_, touched_, exact_, uses_;  // by symbol
-  Scores file_, history_, path_, area_;   // by file
+  std::unordered_map<std::string, double> weights_;  // of the task's words
+  std::vector<RowScore> lenders_;                    // the symbols with the most text, best first
+  Scores text_, touched_, exact_, uses_;             // by symbol
+  Scores file_, history_, path_, area_;              // by file
 };
 
 class RankedHit final : public Hit {

@@ -22,7 +22,7 @@ double size_of(std::int64_t lines) {
 }
 
 double spread(double score, std::size_t behind) {
-  return score / (1 + 0.05 * static_cast<double>(behind));
+  return score / (1 + 0.025 * static_cast<double>(behind));
 }
 
 }  // namespace tarnwick::retrieval

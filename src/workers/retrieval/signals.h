@@ -20,6 +20,7 @@ struct Signals {
   double path = 0;      ///< the task's words, rare ones counting more, in the path
   double area = 0;      ///< share of the words before the task's colon ("fix(area): …") that the path holds
   double exact = 0;     ///< the task writes its name; 1 for a name that only one symbol bears
+  double named = 0;     ///< share of the task's words, rare ones counting more, that its name holds
   double callable = 0;  ///< 1 for functions and methods: where most work is done
   double size = 0;      ///< its length: the more lines, the more there is to change
   double place = 1;     ///< factor: below 1 for tests, examples and other code that serves the main code
@@ -36,11 +37,12 @@ struct SignalInfo {
 /// repositories, to one significant digit: the figures lie on a plateau, where a finer choice only fits the
 /// sample.
 inline constexpr std::array SIGNALS = {
-    SignalInfo{"text", &Signals::text, 1.0},         SignalInfo{"file", &Signals::file, 0.5},
-    SignalInfo{"history", &Signals::history, 0.5},   SignalInfo{"touched", &Signals::touched, 0.5},
-    SignalInfo{"uses", &Signals::uses, 0.3},         SignalInfo{"path", &Signals::path, 0.3},
-    SignalInfo{"area", &Signals::area, 0.3},         SignalInfo{"exact", &Signals::exact, 0.5},
-    SignalInfo{"callable", &Signals::callable, 0.3}, SignalInfo{"size", &Signals::size, 0.3},
+    SignalInfo{"text", &Signals::text, 1.0},       SignalInfo{"file", &Signals::file, 0.5},
+    SignalInfo{"history", &Signals::history, 0.5}, SignalInfo{"touched", &Signals::touched, 0.5},
+    SignalInfo{"uses", &Signals::uses, 0.3},       SignalInfo{"path", &Signals::path, 0.3},
+    SignalInfo{"area", &Signals::area, 0.6},       SignalInfo{"exact", &Signals::exact, 0.5},
+    SignalInfo{"named", &Signals::named, 0.3},     SignalInfo{"callable", &Signals::callable, 0.3},
+    SignalInfo{"size", &Signals::size, 0.3},
 };
 
 /// The fused score: the weighted sum times `place`.

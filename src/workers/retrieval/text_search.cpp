@@ -13,7 +13,7 @@ using storage::Connection;
 
 // Columns: body, name, scope, signature, docstring, path.
 constexpr const char* SYMBOLS =
-    "SELECT rowid, -bm25(symbol_search, 2, 3, 0.5, 1, 0.5, 0.5) FROM symbol_search WHERE symbol_search MATCH "
+    "SELECT rowid, -bm25(symbol_search, 2, 3, 1, 1, 0.5, 0.5) FROM symbol_search WHERE symbol_search MATCH "
     "?";
 // Columns: body, path.
 constexpr const char* FILES =
