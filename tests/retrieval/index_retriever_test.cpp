@@ -96,6 +96,7 @@ TEST_F(IndexRetrieverTest, SignalsSayWhy) {
   EXPECT_GT(user.uses, limit.uses);
   EXPECT_EQ(own.area, 1) << "src/pool.toy";
   EXPECT_GT(own.path, 0);
+  EXPECT_GT(own.named, user.named);
   EXPECT_LT(test.place, 1);
   EXPECT_LT(example.place, 1);
   for (const SignalInfo& signal : SIGNALS) {
@@ -155,6 +156,15 @@ TEST(FileTable, JudgesPathsByWholeNames) {
 TEST(SearchWords, AreStemmedAndSaidOnce) {
   EXPECT_THAT(SearchWords::of("Parsing of a parsed URL").words, ElementsAre("pars", "url", "parsedurl"));
   EXPECT_THAT(SearchWords::of("fix and support").words, SizeIs(2)) << "nothing else is left";
+}
+
+TEST(SearchWords, OfLongTasksAreTheMostTelling) {
+  SearchWords words{{"a", "b", "c", "d"}};
+  const std::unordered_map<std::string, double> weights = {{"a", 1}, {"b", 3}, {"c", 0}, {"d", 3}};
+  words.keep_most_telling(4, weights);
+  EXPECT_THAT(words.words, ElementsAre("a", "b", "c", "d"));
+  words.keep_most_telling(2, weights);
+  EXPECT_THAT(words.words, ElementsAre("b", "d"));
 }
 
 }  // namespace

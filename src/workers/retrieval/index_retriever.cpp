@@ -24,6 +24,8 @@ using storage::Connection;
 using storage::file_of;
 using Scores = std::unordered_map<std::int64_t, double>;
 
+/// How many words of a task are searched for: those of a long description.
+constexpr std::size_t MOST_WORDS = 32;
 /// How many symbols are weighed by all signals.
 constexpr std::size_t CANDIDATES = 500;
 /// How many symbols with the most text lend to their callers.
@@ -63,7 +65,10 @@ class Ranking {
         include_tests_(include_tests) {}
 
   void gather() {
-    guarded("the text index", [&] { weights_ = word_weights(*connection_, words_); });
+    guarded("the text index", [&] {
+      weights_ = word_weights(*connection_, words_);
+      words_.keep_most_telling(MOST_WORDS, weights_);
+    });
     guarded("the text index", [&] { gather_text(); });
     guarded("the text index", [&] { gather_files(); });
     guarded("the text index", [&] { gather_paths(); });

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 #include "workers/retrieval/query.h"
 #include "workers/retrieval/words.h"
@@ -67,6 +68,13 @@ SearchWords SearchWords::of(std::string_view task) {
     before = counts ? word : std::string_view();
   });
   return result;
+}
+
+void SearchWords::keep_most_telling(std::size_t count,
+                                    const std::unordered_map<std::string, double>& weights) {
+  if (words.size() <= count) return;
+  std::ranges::stable_sort(words, std::greater(), [&](const auto& word) { return weights.at(word); });
+  words.resize(count);
 }
 
 std::vector<RowScore> search_symbols(Connection& connection, const SearchWords& words) {

@@ -24,6 +24,10 @@ struct SearchWords {
   std::vector<std::string> words;
 
   static SearchWords of(std::string_view task);
+
+  /// Keeps the `count` words that weigh most when there are more: what a search costs grows with its words,
+  /// and a pasted file or stack trace has thousands. `weights` holds every word.
+  void keep_most_telling(std::size_t count, const std::unordered_map<std::string, double>& weights);
 };
 
 /// The symbols, files or commits that hold any of the words, without order. Empty when there are no words.
