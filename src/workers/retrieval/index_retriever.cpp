@@ -42,16 +42,11 @@ Scores map_of(const std::vector<RowScore>& rows) {
   return scores;
 }
 
-/// Whether a symbol of a source file is a test: some languages keep them in a scope of that name beside the
-/// code.
-bool is_inline_test(std::string_view fqn) {
-  for (const std::string_view scope : {"::tests", "::test"}) {
-    const std::size_t at = fqn.find(scope);
-    if (at == std::string_view::npos) continue;
-    const std::string_view rest = fqn.substr(at + scope.size());
-    if (rest.empty() || rest.starts_with("::")) return true;
-  }
-  return false;
+/// Whether a symbol of a source file is a test, or what holds them: some languages keep them in a scope of
+/// that name beside the code.
+bool is_inline_test(std::string fqn) {
+  fqn += "::";
+  return fqn.find("::tests::") != std::string::npos || fqn.find("::test::") != std::string::npos;
 }
 
 /// One ranking: gathers each signal in turn, then folds them for every symbol that any of them found.
