@@ -12,10 +12,16 @@
 
 namespace tarnwick::mcp {
 
-/// Arguments, or what they name, are not what the action needs; the text lets a model correct itself.
+/// Arguments, or what they name, are not what the action needs; the text lets a model correct itself. It may
+/// quote a NUL, where `what()` ends.
 class BadArguments : public std::invalid_argument {
  public:
-  using std::invalid_argument::invalid_argument;
+  explicit BadArguments(const std::string& message) : std::invalid_argument(message), message_(message) {}
+
+  const std::string& message() const noexcept { return message_; }
+
+ private:
+  std::string message_;
 };
 
 /// Builds the pack of a task.

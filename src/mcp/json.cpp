@@ -49,6 +49,14 @@ Input parse_strictly(std::string_view line, int most_depth) {
   return Input::parse(line.begin(), line.end(), limit);
 }
 
+Input parse_repaired(std::string_view line, int most_depth) {
+  try {
+    return parse_strictly(line, most_depth);
+  } catch (const Input::parse_error&) {
+    return parse_strictly(whole_characters(line), most_depth);
+  }
+}
+
 }  // namespace
 
 std::string to_line(const Json& json) {
@@ -62,14 +70,16 @@ const Input* find(const Input& json, std::string_view key) {
 }
 
 Input parse_line(std::string_view line, int most_depth) {
+  const auto refuse = [](std::size_t byte) {
+    throw std::invalid_argument("the message is not JSON (byte " + std::to_string(byte) + ")");
+  };
+  // The parser takes a NUL for the end and passes over what follows.
+  if (const std::size_t nul = line.find('\0'); nul != std::string_view::npos) refuse(nul + 1);
   try {
-    return parse_strictly(line, most_depth);
-  } catch (const Input::parse_error&) {
-    try {
-      return parse_strictly(whole_characters(line), most_depth);
-    } catch (const Input::parse_error& error) {
-      throw std::invalid_argument("the message is not JSON (byte " + std::to_string(error.byte) + ")");
-    }
+    return parse_repaired(line, most_depth);
+  } catch (const Input::parse_error& error) {
+    refuse(error.byte);
+    return {};
   } catch (const Input::out_of_range&) {
     throw std::invalid_argument("the message holds a number out of range");
   }

@@ -57,7 +57,7 @@ Json result_message(const RequestId& id, Json result) {
 Json error_message(const std::optional<RequestId>& id, const ProtocolError& error) {
   Json message = {{"jsonrpc", "2.0"}};
   if (id) message["id"] = to_json(*id);
-  message["error"] = {{"code", static_cast<int>(error.code())}, {"message", error.what()}};
+  message["error"] = {{"code", static_cast<int>(error.code())}, {"message", error.message()}};
   if (!error.data().is_null()) message["error"]["data"] = error.data();
   return message;
 }

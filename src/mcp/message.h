@@ -30,18 +30,21 @@ enum class ErrorCode {
   unsupported_version = -32022,
 };
 
-/// A request that is answered with a protocol error.
+/// A request that is answered with a protocol error. What the client named is in the message as it came,
+/// with NULs, where `what()` ends.
 class ProtocolError : public std::runtime_error {
  public:
   ProtocolError(ErrorCode code, const std::string& message, Json data = nullptr)
-      : std::runtime_error(message), code_(code), data_(std::move(data)) {}
+      : std::runtime_error(message), code_(code), message_(message), data_(std::move(data)) {}
 
   ErrorCode code() const noexcept { return code_; }
+  const std::string& message() const noexcept { return message_; }
   /// Null when the error carries none.
   const Json& data() const noexcept { return data_; }
 
  private:
   ErrorCode code_;
+  std::string message_;
   Json data_;
 };
 

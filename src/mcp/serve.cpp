@@ -13,14 +13,14 @@ constexpr std::chrono::milliseconds PATIENCE{1500};
 }  // namespace
 
 void serve(int input, int output, const Tool& tool, const ServerOptions& options) {
-  LineWriter writer(output);
+  LineWriter writer(output, input);
   Server server(
       tool, [&writer](std::string line) { writer.send(std::move(line)); }, options);
   LineReader reader(input, writer.closed(), options.most_message_bytes);
   for (LineReader::Read read = reader.next(); read.status != LineReader::Status::end; read = reader.next()) {
     server.receive(std::move(read));
   }
-  server.finish(PATIENCE);
+  server.finish(writer.is_closed() ? std::chrono::milliseconds(0) : PATIENCE);
 }
 
 }  // namespace tarnwick::mcp

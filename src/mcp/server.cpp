@@ -15,6 +15,14 @@ Json capabilities() {
   return {{"tools", Json::object()}};  // the list never changes while the server runs
 }
 
+[[noreturn]] void refuse_request(const std::string& fault) {
+  throw ProtocolError(ErrorCode::invalid_request, "Invalid request: " + fault);
+}
+
+[[noreturn]] void no_batches() {
+  refuse_request("this version of the protocol has no batches");
+}
+
 [[noreturn]] void unknown_method(const std::string& method) {
   throw ProtocolError(ErrorCode::method_not_found, "Method not found: " + method);
 }
@@ -35,6 +43,13 @@ void check_call(const Input& params, const Json& tool) {
   const Input* const arguments = find(params, "arguments");
   if (arguments != nullptr && !arguments->is_object()) {
     throw ProtocolError(ErrorCode::invalid_params, "params.arguments must be an object");
+  }
+}
+
+void check_subscription(const Input& params) {
+  const Input* const wanted = find(params, "notifications");
+  if (wanted == nullptr || !wanted->is_object()) {
+    throw ProtocolError(ErrorCode::invalid_params, "params.notifications must be an object");
   }
 }
 
@@ -60,23 +75,24 @@ void Server::receive(LineReader::Read read) {
   try {
     Input json = parse_line(read.text);
     if (json.is_array()) return receive_batch(std::move(json));
-    handle(to_message(std::move(json)), [this](const std::optional<Json>& answer) {
+    const Reply reply = [this](const std::optional<Json>& answer) {
       if (answer) send(*answer);
-    });
+    };
+    handle(to_message(std::move(json)), reply, false);
   } catch (const std::invalid_argument& error) {
     refuse(ErrorCode::parse_error, std::string("Parse error: ") + error.what());
   } catch (const ProtocolError& error) {
-    refuse(error.code(), error.what());
+    refuse(error.code(), error.message());
+  } catch (const std::exception& error) {
+    refuse(ErrorCode::internal_error, std::string("Internal error: ") + error.what());
   }
 }
 
 void Server::receive_batch(Input batch) {
-  const auto refuse = [](const std::string& fault) {
-    throw ProtocolError(ErrorCode::invalid_request, "Invalid request: " + fault);
-  };
-  if (!allows_batches(legacy_version_)) refuse("this version of the protocol has no batches");
-  if (batch.empty()) refuse("the batch is empty");
-  if (batch.size() > MOST_IN_BATCH) refuse("a batch may have " + std::to_string(MOST_IN_BATCH) + " messages");
+  if (!allows_batches(legacy_version_)) no_batches();
+  if (batch.empty()) refuse_request("the batch is empty");
+  if (batch.size() > MOST_IN_BATCH)
+    refuse_request("a batch may have " + std::to_string(MOST_IN_BATCH) + " messages");
   std::vector<Incoming> messages;
   for (Input& json : batch) messages.push_back(to_message(std::move(json)));
   const auto is_owed = [](const Incoming& incoming) {
@@ -86,11 +102,12 @@ void Server::receive_batch(Input batch) {
   const auto owed = static_cast<std::size_t>(std::count_if(messages.begin(), messages.end(), is_owed));
   const auto answers = std::make_shared<Batch>(owed, [this](const Json& message) { send(message); });
   for (Incoming& message : messages) {
-    handle(std::move(message), [answers](std::optional<Json> answer) { answers->add(std::move(answer)); });
+    const Reply reply = [answers](std::optional<Json> answer) { answers->add(std::move(answer)); };
+    handle(std::move(message), reply, true);
   }
 }
 
-void Server::handle(Incoming incoming, const Reply& reply) {
+void Server::handle(Incoming incoming, const Reply& reply, bool in_batch) {
   if (auto* const malformed = std::get_if<Malformed>(&incoming)) {
     const ProtocolError error(ErrorCode::invalid_request, "Invalid request: " + malformed->fault);
     return reply(error_message(malformed->id, error));
@@ -100,14 +117,15 @@ void Server::handle(Incoming incoming, const Reply& reply) {
   if (!message->id) return handle_notification(*message);
   const RequestId id = *message->id;
   try {
-    handle_request(std::move(*message), reply);
+    handle_request(std::move(*message), reply, in_batch);
   } catch (const ProtocolError& error) {
     reply(error_message(id, error));
   }
 }
 
-void Server::handle_request(Message request, const Reply& reply) {
+void Server::handle_request(Message request, const Reply& reply, bool in_batch) {
   const bool modern = is_modern(request);
+  if (modern && in_batch) no_batches();  // nor could a batch wait for the end of a subscription
   if (!modern && !legacy_version_ &&
       (is_modern_only(request.method) || request.method.starts_with("tools/"))) {
     throw ProtocolError(ErrorCode::invalid_params,
@@ -118,7 +136,10 @@ void Server::handle_request(Message request, const Reply& reply) {
     const std::shared_ptr<Exchange> exchange = open(*request.id, reply);
     return call_tool(std::move(request), exchange, modern);
   }
-  if (modern && request.method == "subscriptions/listen") return subscribe(open(*request.id, reply));
+  if (modern && request.method == "subscriptions/listen") {
+    check_subscription(request.params);
+    return subscribe(open(*request.id, reply));
+  }
   reply(result_message(*request.id, modern ? modern_answer(request) : legacy_answer(request)));
 }
 
@@ -172,8 +193,10 @@ Json Server::tools_list(const Input& params) const {
 }
 
 void Server::call_tool(Message request, const std::shared_ptr<Exchange>& exchange, bool modern) {
-  workers_.run([this, exchange, modern, params = std::move(request.params)] {
-    Outcome outcome = run_tool(params, *exchange);
+  // From here on and not from when a worker takes it up: what waits behind long calls is also waited for.
+  const auto deadline = Call::Clock::now() + options_.time_limit;
+  workers_.run([this, exchange, modern, deadline, params = std::move(request.params)] {
+    Outcome outcome = run_tool(params, *exchange, deadline);
     close(*exchange);  // before the answer: with it, the client may use the id again
     if (auto* const error = std::get_if<ProtocolError>(&outcome)) {
       exchange->fail(*error);
@@ -185,16 +208,16 @@ void Server::call_tool(Message request, const std::shared_ptr<Exchange>& exchang
   });
 }
 
-Server::Outcome Server::run_tool(const Input& params, Exchange& exchange) const {
+Server::Outcome Server::run_tool(const Input& params, Exchange& exchange,
+                                 Call::Clock::time_point deadline) const {
   Call::Report report;
   if (const std::optional<RequestId> token = progress_token(params)) {
     report = [this, &exchange, token](double progress, double total, std::string_view message) {
       exchange.report(*token, progress, total, message, [this](const Json& json) { send(json); });
     };
   }
-  const Call call(exchange.stop_token(), Call::Clock::now() + options_.time_limit, std::move(report));
+  const Call call(exchange.stop_token(), deadline, std::move(report));
   try {
-    call.check();
     const Input* const arguments = find(params, "arguments");
     return tool_.call(arguments == nullptr ? Input::object() : *arguments, call);
   } catch (const Cancelled&) {
@@ -218,7 +241,7 @@ std::shared_ptr<Exchange> Server::open(const RequestId& id, const Reply& reply) 
   auto exchange = std::make_shared<Exchange>(id, reply);
   const std::lock_guard lock(mutex_);
   if (subscriptions_.contains(id) || !open_.emplace(id, exchange).second) {
-    throw ProtocolError(ErrorCode::invalid_request, "Invalid request: the id is that of a request under way");
+    refuse_request("the id is that of a request under way");
   }
   return exchange;
 }

@@ -33,15 +33,15 @@ class Tool {
   /// The tool as it is listed; the same each time.
   virtual const Json& definition() const = 0;
 
-  /// Runs the tool; `arguments` is an object. Answers the result of `tools/call`, bad arguments included;
-  /// throws Cancelled, and ProtocolError when the server itself fails.
+  /// Runs the tool; `arguments` is an object, and `call` may be over by now. Answers the result of
+  /// `tools/call`, bad arguments included; throws Cancelled, and ProtocolError when the server itself fails.
   virtual Json call(const Input& arguments, const Call& call) const = 0;
 };
 
 struct ServerOptions {
   std::size_t most_message_bytes = std::size_t{1} << 20U;
   std::size_t workers = 4;  ///< requests at work at a time; more than the cores, as some wait for files
-  std::chrono::milliseconds time_limit = std::chrono::seconds(30);  ///< of one request
+  std::chrono::milliseconds time_limit = std::chrono::seconds(30);  ///< of one request, from its arrival
   std::string_view instructions = {};                               ///< for the model that uses the client
 };
 
@@ -66,8 +66,8 @@ class Server {
 
  private:
   void receive_batch(Input batch);
-  void handle(Incoming incoming, const Reply& reply);
-  void handle_request(Message request, const Reply& reply);
+  void handle(Incoming incoming, const Reply& reply, bool in_batch);
+  void handle_request(Message request, const Reply& reply, bool in_batch);
   void handle_notification(const Message& notification);
   /// The result of a request that is answered at once. Throws ProtocolError.
   Json legacy_answer(const Message& request);
@@ -78,7 +78,7 @@ class Server {
   void call_tool(Message request, const std::shared_ptr<Exchange>& exchange, bool modern);
   /// A result, an error, or nothing when the client took the request back.
   using Outcome = std::variant<std::monostate, Json, ProtocolError>;
-  Outcome run_tool(const Input& params, Exchange& exchange) const;
+  Outcome run_tool(const Input& params, Exchange& exchange, Call::Clock::time_point deadline) const;
   void subscribe(const std::shared_ptr<Exchange>& exchange);
 
   std::shared_ptr<Exchange> open(const RequestId& id, const Reply& reply);

@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <sys/eventfd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,6 +20,19 @@ constexpr std::size_t READ_BYTES = std::size_t{64} << 10U;
 constexpr int LOOK_UP_MS = 200;
 constexpr int MOST_STALLS = 10;  // of LOOK_UP_MS, before a reader that takes nothing at the end is left alone
 
+/// What holds of a descriptor now, of `wanted` and the errors.
+short events_of(int descriptor, short wanted) {
+  pollfd looked{descriptor, wanted, 0};
+  return poll(&looked, 1, 0) > 0 ? looked.revents : short{0};
+}
+
+/// Whether nothing more will come in after what is there already.
+bool has_hung_up(int input) {
+  struct stat status {};
+  const bool is_file = fstat(input, &status) == 0 && S_ISREG(status.st_mode);
+  return is_file || (events_of(input, POLLRDHUP) & (POLLHUP | POLLRDHUP | POLLERR | POLLNVAL)) != 0;
+}
+
 bool wait_readable(int descriptor, int quit) {
   std::array<pollfd, 2> waiting{{{descriptor, POLLIN, 0}, {quit, POLLIN, 0}}};
   while (poll(waiting.data(), waiting.size(), -1) < 0) {
@@ -31,6 +45,7 @@ bool wait_readable(int descriptor, int quit) {
 
 LineReader::Read LineReader::next() {
   while (true) {
+    if (events_of(quit_, POLLIN) != 0) return {};
     if (std::optional<Read> read = take_line()) return std::move(*read);
     if (ended_) {
       if (buffer_.empty() && !skipping_) return {};
@@ -72,7 +87,8 @@ std::optional<LineReader::Read> LineReader::take_line() {
   return read;
 }
 
-LineWriter::LineWriter(int descriptor) : descriptor_(descriptor), closed_(eventfd(0, EFD_CLOEXEC)) {
+LineWriter::LineWriter(int descriptor, int input)
+    : descriptor_(descriptor), input_(input), closed_(eventfd(0, EFD_CLOEXEC)) {
   if (closed_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
   thread_ = std::thread([this] { run(); });
 }
@@ -130,7 +146,7 @@ bool LineWriter::write_all(const std::string& text) const {
   while (done < text.size() && !broken_) {
     pollfd waiting{descriptor_, POLLOUT, 0};
     if (poll(&waiting, 1, LOOK_UP_MS) == 0) {
-      if (finishing_ && ++stalls == MOST_STALLS) return false;
+      if ((finishing_ || has_hung_up(input_)) && ++stalls == MOST_STALLS) return false;
       continue;
     }
     // A pipe that polls writable takes this much without blocking, so that the end is never waited for in
@@ -138,7 +154,10 @@ bool LineWriter::write_all(const std::string& text) const {
     const std::size_t piece = std::min<std::size_t>(PIPE_BUF, text.size() - done);
     const ssize_t written = write(descriptor_, text.data() + done, piece);
     if (written < 0 && errno != EINTR && errno != EAGAIN) return false;
-    if (written > 0) done += static_cast<std::size_t>(written);
+    if (written > 0) {
+      done += static_cast<std::size_t>(written);
+      stalls = 0;
+    }
   }
   return done == text.size();
 }

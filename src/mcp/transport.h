@@ -21,8 +21,8 @@ class LineReader {
     std::string text = {};  ///< the line without its end
   };
 
-  /// A line of more than `most_bytes` is passed over, not stored. Reading also ends when `quit` becomes
-  /// readable. Neither descriptor is owned.
+  /// A line of more than `most_bytes` is passed over, not stored. Reading also ends, whatever is left to
+  /// read, when `quit` becomes readable. Neither descriptor is owned.
   LineReader(int descriptor, int quit, std::size_t most_bytes)
       : descriptor_(descriptor), quit_(quit), most_bytes_(most_bytes) {}
 
@@ -44,11 +44,12 @@ class LineReader {
 };
 
 /// Takes messages to a descriptor: one thread writes, in the order of `send`, so that no two mix and no
-/// sender waits for a slow reader until a good deal is queued. Safe to share between threads.
+/// sender waits for a slow reader until a good deal is queued. A reader who still speaks may take nothing for
+/// as long as it likes; one that has hung up is given up on after seconds. Safe to share between threads.
 class LineWriter {
  public:
-  /// The descriptor is not owned.
-  explicit LineWriter(int descriptor);
+  /// `input` is where the reader of `descriptor` speaks; neither is owned.
+  LineWriter(int descriptor, int input);
   LineWriter(const LineWriter&) = delete;
   LineWriter& operator=(const LineWriter&) = delete;
   /// Writes what is queued, unless the reader is gone or takes nothing for seconds, and ends the thread.
@@ -57,6 +58,8 @@ class LineWriter {
   /// Queues one line, without its end. Waits while more than `MOST_QUEUED` bytes wait to be written.
   void send(std::string line);
 
+  /// Whether the other side has gone.
+  bool is_closed() const { return broken_; }
   /// A descriptor that becomes readable when the other side has gone: nothing can be sent any more.
   int closed() const { return closed_; }
   /// Gives up on the other side: what is queued is dropped.
@@ -69,6 +72,7 @@ class LineWriter {
   bool write_all(const std::string& text) const;
 
   int descriptor_;
+  int input_;
   int closed_;
   std::atomic<bool> broken_ = false;
   std::atomic<bool> finishing_ = false;

@@ -66,6 +66,8 @@ TEST(Server, AnswersHostileLines) {
           {deep, -32700, ""},
           {R"({"a":)" + deep, -32700, ""},
           {R"({"jsonrpc":"2.0","id":1e999,"method":"ping"})", -32700, ""},
+          {R"({"a":"\ud800","b":1e999})", -32700, ""},
+          {legacy("ping") + std::string("\0garbage", 8), -32700, ""},
           {"null", -32600, ""},
           {"17", -32600, ""},
           {"{}", -32600, ""},
@@ -96,6 +98,13 @@ TEST(Server, AnswersHostileLines) {
       "2025-06-18");
 }
 
+TEST(Server, RepeatsWhatWasNamedInFull) {
+  Conversation conversation;
+  conversation.initialize();
+  const Json answer = conversation.ask(legacy("a\\u0000b"));
+  EXPECT_EQ(answer["error"]["message"], std::string("Method not found: a\0b", 21));
+}
+
 TEST(Server, PassesOverALineThatIsTooLong) {
   Conversation conversation;
   conversation.say_too_much();
@@ -118,6 +127,8 @@ TEST(Server, TellsTheErasApart) {
           {modern("ping"), -32601, "1"},
           {modern("initialize"), -32601, "1"},
           {modern("unheard/of"), -32601, "1"},
+          {modern("subscriptions/listen"), -32602, "1"},
+          {modern("subscriptions/listen", R"("notifications":5)"), -32602, "1"},
           {legacy("server/discover", "{" + old_meta + "}"), -32022, "1"},
           {legacy("tools/list", R"({"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28"}})"),
            -32602, "1"},
@@ -160,6 +171,10 @@ TEST(Server, AnswersABatchAtOnce) {
   conversation.say(cancel("4"));
   conversation.finish();
   EXPECT_TRUE(conversation.hear_lines(0).empty());
+
+  conversation.clear();
+  const Json refused = conversation.ask("[" + modern("subscriptions/listen", R"("notifications":{})") + "]");
+  EXPECT_EQ(refused[0]["error"]["code"], -32600) << "it would hold the answers back to the end";
 
   Conversation later;
   later.initialize("2025-06-18");
@@ -231,6 +246,18 @@ TEST(Server, LimitsTheTimeOfACall) {
   conversation.initialize();
   const Json answer = conversation.ask(wait_call("1"));
   EXPECT_THAT(answer["error"]["message"].get<std::string>(), HasSubstr("timed out"));
+}
+
+TEST(Server, CountsTheTimeThatACallWaitedForOthers) {
+  mcp::ServerOptions options;
+  options.workers = 1;
+  options.time_limit = std::chrono::milliseconds(50);
+  Conversation conversation(options);
+  conversation.initialize();
+  const auto start = mcp::Call::Clock::now();
+  for (int id = 1; id <= 20; ++id) conversation.say(wait_call(std::to_string(id)));
+  EXPECT_EQ(conversation.hear_lines(20).size(), 20U);
+  EXPECT_LT(mcp::Call::Clock::now() - start, 10 * options.time_limit);
 }
 
 }  // namespace

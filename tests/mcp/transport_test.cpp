@@ -68,6 +68,7 @@ TEST(LineReader, CutsLinesWhereverTheInputDoes) {
 
 TEST(LineReader, EndsWhenToldTo) {
   const Pipe pipe;
+  pipe.put("left\n");
   const int quit = eventfd(1, 0);
   LineReader reader(pipe.read_end(), quit, 8);
   EXPECT_EQ(reader.next().status, Status::end);
@@ -85,7 +86,7 @@ TEST(LineWriter, WritesAllThatWasSentInOrder) {
     }
   });
   {
-    LineWriter writer(pipe.write_end());
+    LineWriter writer(pipe.write_end(), -1);
     writer.send("one");
     writer.send(big);
     writer.send("two");
@@ -99,7 +100,7 @@ TEST(LineWriter, NoticesThatNobodyReads) {
   std::signal(SIGPIPE, SIG_IGN);
   Pipe pipe;
   pipe.close_read();
-  LineWriter writer(pipe.write_end());
+  LineWriter writer(pipe.write_end(), -1);
   writer.send("lost");
   pollfd waiting{writer.closed(), POLLIN, 0};
   EXPECT_EQ(poll(&waiting, 1, 10000), 1);
@@ -108,8 +109,20 @@ TEST(LineWriter, NoticesThatNobodyReads) {
 
 TEST(LineWriter, EndsThoughTheOtherSideTakesNothing) {
   const Pipe pipe;
-  LineWriter writer(pipe.write_end());
+  LineWriter writer(pipe.write_end(), -1);
   writer.send(std::string(1000000, 'x'));
+}
+
+TEST(LineWriter, KeepsNoSenderWaitingForOneThatHungUp) {
+  const Pipe output;
+  Pipe input;
+  LineWriter writer(output.write_end(), input.read_end());
+  writer.send(std::string(LineWriter::MOST_QUEUED, 'x'));
+  writer.send(std::string(LineWriter::MOST_QUEUED, 'x'));
+  input.put("still unread");
+  input.close_write();
+  writer.send("let go of");
+  EXPECT_TRUE(writer.is_closed());
 }
 
 }  // namespace
