@@ -23,6 +23,13 @@ std::string what(const std::exception_ptr& error) {
 
 }  // namespace
 
+std::string warning_text(std::string_view message, std::string_view argument,
+                         const std::exception_ptr& error) {
+  std::string text(message);
+  if (const std::size_t place = text.find("%s"); place != std::string::npos) text.replace(place, 2, argument);
+  return visible(text) + ": " + visible(what(error));
+}
+
 void set_up_messages() {
   const auto mode = may_colour(STDERR_FILENO) ? spdlog::color_mode::always : spdlog::color_mode::never;
   spdlog::set_default_logger(spdlog::stderr_color_mt("tarnwick", mode));
@@ -31,9 +38,7 @@ void set_up_messages() {
 
 void MessageLogger::warning(std::string_view message, std::string_view argument,
                             const std::exception_ptr& error) {
-  std::string text(message);
-  if (const std::size_t place = text.find("%s"); place != std::string::npos) text.replace(place, 2, argument);
-  spdlog::warn("{}: {}", visible(text), visible(what(error)));
+  spdlog::warn("{}", warning_text(message, argument, error));
 }
 
 }  // namespace tarnwick::cli

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace tarnwick::indexing {
@@ -15,6 +16,16 @@ namespace tarnwick::indexing {
 /// program.
 std::optional<std::vector<std::string>> git_files(const std::filesystem::path& directory,
                                                   bool include_ignored);
+
+/// The outermost directories of a work tree below `directory` that hold no tracked file, empty ones too, but
+/// none that an ignore rule names; with `include_ignored` those too. Relative to `directory`, which is ""
+/// itself. Nothing where git_files answers nothing.
+std::optional<std::vector<std::string>> git_untracked_directories(const std::filesystem::path& directory,
+                                                                  bool include_ignored);
+
+/// Those of `paths`, relative to `directory`, that ignore rules leave out. None is in a submodule.
+std::unordered_set<std::string> git_ignored(const std::filesystem::path& directory,
+                                            const std::vector<std::string>& paths);
 
 /// The commit checked out, in hexadecimal; nothing where there is none.
 std::optional<std::string> git_head(const std::filesystem::path& directory);

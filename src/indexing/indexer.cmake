@@ -15,6 +15,7 @@ add_library(
   indexer.cpp
   indexer_components.cpp
   indexer_skips.cpp
+  tree_directories.cpp
   tree_walk.cpp)
 target_include_directories(tarnwick_indexer PUBLIC ${PROJECT_SOURCE_DIR}/src)
 target_link_libraries(

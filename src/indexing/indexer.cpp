@@ -178,9 +178,7 @@ class Update {
 
   std::vector<TreeEntry> walk() const {
     WalkOptions walk{.root = options_.root, .include_ignored = options_.include_ignored};
-    walk.is_unsupported = [&](std::string_view path) {
-      return !is_manifest(path) && extractor_.language_of(path, std::nullopt).empty();
-    };
+    walk.is_unsupported = [&](std::string_view path) { return !may_matter(extractor_, path); };
     return walk_tree(walk);
   }
 
@@ -314,6 +312,10 @@ void run_update(const IndexOptions& options, Progress* progress, IndexReport& re
 }
 
 }  // namespace
+
+bool may_matter(const Extractor& extractor, std::string_view path) {
+  return is_manifest(path) || !extractor.language_of(path, std::nullopt).empty();
+}
 
 IndexReport update_index(const IndexOptions& options, Progress* progress) {
   IndexOptions resolved = options;

@@ -46,6 +46,9 @@ struct IndexOptions {
   const Extractor* extractor = nullptr;   ///< reads the files; required
 };
 
+/// Whether what a file of that path holds can be of consequence to an index.
+bool may_matter(const Extractor& extractor, std::string_view path);
+
 /// Hears how an update goes on, on the thread that asked for it.
 class Progress {
  public:

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "mcp/output_schema.h"
+#include "storage/errors.h"
 #include "text/surrogates.h"
 
 namespace tarnwick::mcp {
@@ -47,6 +48,20 @@ Json define(const Sources& sources, bool structured) {
   return tool;
 }
 
+/// What `work` over a source answers. When its index turns out to be damaged, it is made anew for later
+/// calls.
+template <class Work>
+Json renewing_damaged(Source& source, const Work& work) {
+  using storage::IndexError;
+  try {
+    return work();
+  } catch (const IndexError& error) {
+    if (error.kind() != IndexError::Kind::damaged) throw;
+    source.renew();
+    throw IndexError(error.kind(), std::string(error.what()) + ". It is being made anew: ask again soon.");
+  }
+}
+
 Json text_result(const std::string& text, bool is_error) {
   return {{"content", Json::array({{{"type", "text"}, {"text", text}}})}, {"isError", is_error}};
 }
@@ -58,38 +73,44 @@ ContextTool::ContextTool(const Sources& sources, bool structured)
 
 Json ContextTool::call(const Input& arguments, const Call& call) const {
   try {
+    call.check();
     Json data = run(read_arguments(arguments), call);
     call.check();
     Json result = text_result(to_line(data), false);
     if (structured_) result["structuredContent"] = std::move(data);
     return result;
   } catch (const BadArguments& error) {
-    return text_result(error.what(), true);
+    return text_result(error.message(), true);
   } catch (const Cancelled&) {
     throw;
   } catch (const std::exception& error) {
     if (call.stop_token().stop_requested()) throw Cancelled();
     if (call.over())
-      return text_result("The request took too long and was stopped. Try a shorter task.", true);
+      return text_result("The request took too long and was stopped. Ask again, or try a shorter task.",
+                         true);
     spdlog::error("{}", error.what());
     return text_result(std::string("The index could not be read: ") + error.what(), true);
   }
 }
 
 Json ContextTool::run(const Arguments& arguments, const Call& call) const {
-  if (std::holds_alternative<StatusArguments>(arguments.action)) {
-    Json all = Json::array();
-    for (const auto& source : sources_) {
-      if (!arguments.repository || &this->source(arguments) == source.get()) {
-        all.push_back(show_status(*source, call));
-      }
-    }
-    return {{"repositories", std::move(all)}};
+  if (std::holds_alternative<StatusArguments>(arguments.action)) return show_all(arguments, call);
+  Source& source = this->source(arguments);
+  return renewing_damaged(source, [&] {
+    if (const auto* const symbol = std::get_if<SymbolArguments>(&arguments.action))
+      return show_symbol(source, *symbol, call);
+    return build_pack(source, std::get<TaskArguments>(arguments.action), call);
+  });
+}
+
+Json ContextTool::show_all(const Arguments& arguments, const Call& call) const {
+  const Source* const wanted = arguments.repository ? &source(arguments) : nullptr;
+  Json all = Json::array();
+  for (const auto& source : sources_) {
+    if (wanted != nullptr && wanted != source.get()) continue;
+    all.push_back(renewing_damaged(*source, [&] { return show_status(*source, call); }));
   }
-  if (const auto* const symbol = std::get_if<SymbolArguments>(&arguments.action)) {
-    return show_symbol(source(arguments), *symbol, call);
-  }
-  return build_pack(source(arguments), std::get<TaskArguments>(arguments.action), call);
+  return {{"repositories", std::move(all)}};
 }
 
 Source& ContextTool::source(const Arguments& arguments) const {

@@ -19,6 +19,7 @@ class ContextTool final : public Tool {
 
  private:
   Json run(const Arguments& arguments, const Call& call) const;
+  Json show_all(const Arguments& arguments, const Call& call) const;
   /// Throws BadArguments, listing the served repositories.
   Source& source(const Arguments& arguments) const;
 

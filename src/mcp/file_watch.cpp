@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -15,7 +16,8 @@ namespace tarnwick::mcp {
 namespace fs = std::filesystem;
 namespace {
 
-constexpr unsigned CHANGES = IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE;
+constexpr unsigned CONTENT = IN_MODIFY | IN_CLOSE_WRITE;
+constexpr unsigned CHANGES = CONTENT | IN_CREATE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE;
 constexpr unsigned HOW = IN_ONLYDIR | IN_DONT_FOLLOW | IN_EXCL_UNLINK;
 constexpr std::size_t BLOCK_BYTES = std::size_t{16} << 10U;
 
@@ -32,14 +34,23 @@ bool holds_files(const fs::path& directory) {
   return false;
 }
 
+std::pair<dev_t, ino_t> identity_of(const fs::path& directory) {
+  struct stat status {};
+  return stat(directory.c_str(), &status) == 0 ? std::pair(status.st_dev, status.st_ino)
+                                               : std::pair<dev_t, ino_t>();
+}
+
 std::string joined(const std::string& directory, const std::string& name) {
   return directory.empty() ? name : directory + "/" + name;
 }
 
 }  // namespace
 
-FileWatch::FileWatch(fs::path root, bool enabled)
-    : root_(std::move(root)), descriptor_(enabled ? inotify_init1(IN_CLOEXEC | IN_NONBLOCK) : -1) {
+FileWatch::FileWatch(fs::path root, Matters matters, bool enabled)
+    : root_(std::move(root)),
+      matters_(std::move(matters)),
+      descriptor_(enabled ? inotify_init1(IN_CLOEXEC | IN_NONBLOCK) : -1),
+      root_identity_(identity_of(root_)) {
   if (descriptor_ < 0) complete_ = false;
 }
 
@@ -49,10 +60,28 @@ FileWatch::~FileWatch() {
 
 bool FileWatch::changed() const {
   pollfd waiting{descriptor_, POLLIN, 0};
-  return descriptor_ >= 0 && poll(&waiting, 1, 0) > 0;
+  return descriptor_ >= 0 && (poll(&waiting, 1, 0) > 0 || is_replaced());
 }
 
-void FileWatch::forget_changes() {
+bool FileWatch::is_replaced() const {
+  const Identity now = identity_of(root_);
+  const std::lock_guard lock(mutex_);
+  return now != root_identity_;
+}
+
+void FileWatch::begin_anew() {
+  for (const auto& [watch, directory] : directory_by_watch_) inotify_rm_watch(descriptor_, watch);
+  directory_by_watch_.clear();
+  watch_by_directory_.clear();
+  grown_ = true;
+  const std::lock_guard lock(mutex_);
+  root_identity_ = identity_of(root_);
+}
+
+bool FileWatch::forget_changes() {
+  const bool replaced = descriptor_ >= 0 && is_replaced();
+  if (replaced) begin_anew();
+  bool matters = replaced;
   alignas(inotify_event) std::array<char, BLOCK_BYTES> block{};
   ssize_t size = 0;
   while (descriptor_ >= 0 && (size = read(descriptor_, block.data(), block.size())) > 0) {
@@ -60,21 +89,28 @@ void FileWatch::forget_changes() {
       inotify_event event{};
       std::memcpy(&event, block.data() + at, sizeof event);
       const char* const name = block.data() + at + sizeof event;
-      take(event.wd, event.mask, event.len == 0 ? std::string() : std::string(name));
+      matters = take(event.wd, event.mask, event.len == 0 ? std::string() : std::string(name)) || matters;
       at += sizeof event + event.len;
     }
   }
+  return matters;
 }
 
-void FileWatch::take(int watch, unsigned mask, const std::string& name) {
+bool FileWatch::take(int watch, unsigned mask, const std::string& name) {
+  if ((mask & IN_Q_OVERFLOW) != 0) return grown_ = true;  // whatever was dropped may have been a directory
   const auto known = directory_by_watch_.find(watch);
-  if (known == directory_by_watch_.end()) return;
+  if (known == directory_by_watch_.end()) return false;
   if ((mask & IN_IGNORED) != 0) {  // the directory is gone
     watch_by_directory_.erase(known->second);
     directory_by_watch_.erase(known);
-  } else if ((mask & IN_ISDIR) != 0 && (mask & (IN_CREATE | IN_MOVED_TO)) != 0) {
-    add_below(joined(known->second, name));
+    return true;
   }
+  const std::string path = joined(known->second, name);
+  if ((mask & IN_ISDIR) != 0 && (mask & (IN_CREATE | IN_MOVED_TO)) != 0) {
+    grown_ = true;
+    add_below(path);
+  }
+  return (mask & ~CONTENT) != 0 || matters_(path);
 }
 
 void FileWatch::add_below(const std::string& directory) {
@@ -106,6 +142,7 @@ bool FileWatch::add(const std::string& directory) {
 
 bool FileWatch::watch(const std::unordered_set<std::string>& directories) {
   if (descriptor_ < 0) return false;
+  grown_ = false;
   bool fresh = false;
   for (const std::string& directory : directories) {
     if (!watch_by_directory_.contains(directory)) fresh = add(directory) || fresh;

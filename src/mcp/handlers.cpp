@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli/json.h"
+#include "cli/messages.h"
 #include "mcp/confined_repository.h"
 #include "storage/reference_list.h"
 #include "tarnwick/workers/context_builder.h"
@@ -25,19 +26,19 @@ constexpr std::size_t MOST_BODY_BYTES = 48000;  // some 12,000 tokens
 /// Enough for any entry: a symbol asked for by its name is never left out.
 constexpr std::int64_t NO_CEILING = std::int64_t{1} << 40U;
 
-/// The component's warnings, for whoever reads the log of the server.
+/// The component's warnings, for whoever reads the log of the server. A call that is over ends its queries
+/// with errors, which are no news.
 class LogSink final : public Logger {
  public:
+  explicit LogSink(const Call& call) : call_(call) {}
+
   void warning(std::string_view message, std::string_view argument,
                const std::exception_ptr& error) override {
-    try {
-      std::rethrow_exception(error);
-    } catch (const std::exception& known) {
-      spdlog::warn("{} ({}): {}", message, argument, known.what());
-    } catch (...) {
-      spdlog::warn("{} ({})", message, argument);
-    }
+    if (!call_.over()) spdlog::warn("{}", cli::warning_text(message, argument, error));
   }
+
+ private:
+  const Call& call_;
 };
 
 std::string listed(const std::vector<std::string>& names) {
@@ -50,7 +51,7 @@ std::string listed(const std::vector<std::string>& names) {
 std::string hint(const std::string& near, const Indexing& indexing, std::string_view otherwise) {
   std::string text = near.empty() ? ". " + std::string(otherwise) : ". Near names: " + near + ".";
   if (indexing.in_progress) {
-    text += " The index is still being built (" + std::to_string(indexing.progress) + " %): try again later.";
+    text += " Files are still being indexed (" + std::to_string(indexing.progress) + " %): try again later.";
   }
   return text;
 }
@@ -110,7 +111,10 @@ void note_unknown(const View& view, const TaskArguments& task, ContextPack& pack
 }
 
 void note_failure(const Indexing& indexing, ContextPack& pack) {
-  if (indexing.failure) pack.notes.emplace_back("The index may be out of date: " + *indexing.failure);
+  if (!indexing.failure) return;
+  pack.notes.emplace_back((indexing.whole ? "The index may be out of date: "
+                                          : "The repository could not be indexed, so code is missing: ") +
+                          *indexing.failure);
 }
 
 /// A body that fits a result, cut at the end of a line where it is too long.
@@ -222,7 +226,7 @@ Json build_pack(Source& source, const TaskArguments& task, const Call& call) {
   call.report(1, STEPS, "Ranking symbols");
   const ConfinedRepository repository(view->repository(), source.root());
   const retrieval::QueryTokenizer tokenizer;
-  LogSink log;
+  LogSink log(call);
   ContextBuilder builder(repository, tokenizer, view->retriever(), true, {.logger = &log});
   builder.set_indexing_status(indexing.in_progress, indexing.progress);
   BuildOptions options = build_options(source, task);
@@ -246,7 +250,7 @@ Json show_symbol(Source& source, const SymbolArguments& symbol, const Call& call
   if (found.empty()) refuse_symbol(*view, symbol.fqn, indexing);
   const ConfinedRepository repository(view->repository(), source.root());
   const retrieval::QueryTokenizer tokenizer;
-  LogSink log;
+  LogSink log(call);
   const ContextBuilder builder(repository, tokenizer, nullptr, true, {.logger = &log});
   const ContextPack pack = pack_of(builder, repository, found.front(), source);
   Json json = symbol_json(pack, pack.symbols.at(0), repository.get_references(symbol.fqn));

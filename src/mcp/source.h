@@ -38,7 +38,8 @@ class View {
 /// How far the index of a repository is. Taken before a view of it, which then never holds less.
 struct Indexing {
   bool in_progress = false;
-  std::int64_t progress = 100;         ///< percent
+  std::int64_t progress = 100;         ///< percent; less than 100 while in progress
+  bool whole = true;                   ///< there was a whole index at some time
   std::optional<std::string> failure;  ///< why the index could not be brought up to date
 };
 
@@ -59,6 +60,8 @@ class Source {
   virtual Indexing refresh(const Call& call) = 0;
   /// The index as it is. Its queries end early, with an error, once `call` is over. Never null.
   virtual std::unique_ptr<View> view(const Call& call) = 0;
+  /// Makes the index anew in the background, after a query has found it damaged.
+  virtual void renew() = 0;
 };
 
 using Sources = std::vector<std::unique_ptr<Source>>;

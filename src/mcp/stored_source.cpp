@@ -10,10 +10,10 @@
 #include <array>
 #include <cerrno>
 #include <system_error>
-#include <unordered_set>
 #include <utility>
 
 #include "indexing/history_store.h"
+#include "indexing/tree_directories.h"
 #include "mcp/stored_view.h"
 #include "storage/errors.h"
 #include "storage/index_file.h"
@@ -52,9 +52,13 @@ bool has_whole_index(const std::filesystem::path& file) {
   }
 }
 
+bool matters(const indexing::Extractor& extractor, std::string_view path) {
+  return path.ends_with(".gitignore") || indexing::may_matter(extractor, path);
+}
+
 /// The directories of the files in the index, and those around them.
-std::unordered_set<std::string> indexed_directories(const std::filesystem::path& index_file) {
-  std::unordered_set<std::string> directories = {""};
+indexing::Directories indexed_directories(const std::filesystem::path& index_file) {
+  indexing::Directories directories = {""};
   const auto connection = storage::open_for_reading(index_file);
   connection->guard([&] {
     SQLite::Statement& query = connection->prepare("SELECT path FROM files");
@@ -88,7 +92,8 @@ StoredSource::StoredSource(std::string name, indexing::IndexOptions update, bool
     : name_(std::move(name)),
       update_(std::move(update)),
       pool_(update_.index_file),
-      watch_(update_.root, watch),
+      watch_(
+          update_.root, [this](std::string_view path) { return matters(*update_.extractor, path); }, watch),
       wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       complete_(has_whole_index(update_.index_file)) {
   if (wake_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
@@ -113,32 +118,34 @@ Indexing StoredSource::refresh(const Call& call) {
   // An update under way may have seen the change and told nobody yet. The first looks at what changed before
   // the start.
   std::uint64_t needed = std::max<std::uint64_t>(started_, 1);
-  if (watch_.changed() || !watch_.complete() || failure_ || (lost && finished_ == started_))
-    needed = started_ + 1;
+  const bool unseen = !watch_.complete() || failure_ || (lost && finished_ == started_);
+  if (watch_.changed() || unseen) needed = started_ + 1;
   want(needed);
-  if (!complete_) return indexing();
-  const auto end = std::min(call.deadline(), Call::Clock::now() + MOST_WAIT);
+  if (unseen) want_look();
+  if (!complete_) return indexing(!failure_);
+  // An update that has kept a call waiting in vain, for another process that writes, keeps no other.
+  const bool running = finished_ < started_;
+  const auto end = std::min(call.deadline(), (running ? began_at_ : Call::Clock::now()) + MOST_WAIT);
   while (finished_ < needed && files_total_ <= MOST_FILES_AWAITED && Call::Clock::now() < end) {
     changed_.wait_for(lock, LOOK);
     call.check();
   }
-  Indexing state = indexing();
-  state.in_progress = finished_ < needed;
-  if (!state.in_progress) state.progress = 100;
-  return state;
+  return indexing(finished_ < needed);
 }
 
 std::unique_ptr<View> StoredSource::view(const Call& call) {
-  try {
-    std::unique_ptr<View> view = open_view(pool_, update_.root, call);
-    const std::lock_guard lock(mutex_);
-    if (!std::exchange(asked_, true)) changed_.notify_all();
-    return view;
-  } catch (const storage::IndexError& error) {
-    const std::lock_guard lock(mutex_);
-    if (error.kind() == storage::IndexError::Kind::damaged) want(started_ + 1);  // which sets it aside
-    throw;
-  }
+  std::unique_ptr<View> view = open_view(pool_, update_.root, call);
+  const std::lock_guard lock(mutex_);
+  if (!std::exchange(asked_, true)) changed_.notify_all();
+  return view;
+}
+
+void StoredSource::renew() {
+  const std::lock_guard lock(mutex_);
+  if (renewing_) return;  // told by a call that began before
+  damaged_ = true;
+  complete_ = false;
+  want_look();
 }
 
 void StoredSource::want(std::uint64_t update) {
@@ -147,10 +154,17 @@ void StoredSource::want(std::uint64_t update) {
   wake();
 }
 
-Indexing StoredSource::indexing() const {
+void StoredSource::want_look() {
+  must_look_ = true;
+  want(started_ + 1);
+}
+
+Indexing StoredSource::indexing(bool in_progress) const {
   constexpr std::int64_t ALMOST = 99;
-  const std::int64_t share = files_total_ == 0 ? 0 : files_done_ * 100 / files_total_;
-  return {!complete_ && !failure_, complete_ && files_total_ == 0 ? 100 : std::min(share, ALMOST), failure_};
+  if (complete_ && !in_progress) return {false, 100, true, failure_};
+  const std::int64_t unknown = complete_ ? ALMOST : 0;
+  const std::int64_t share = files_total_ == 0 ? unknown : files_done_ * 100 / files_total_;
+  return {in_progress, std::min(share, ALMOST), complete_, failure_};
 }
 
 void StoredSource::note_progress(std::int64_t done, std::int64_t total) {
@@ -184,9 +198,9 @@ void StoredSource::run_history(const std::stop_token& stop) {
   while (!stop.stop_requested()) {
     {
       std::unique_lock lock(mutex_);
-      const bool news = changed_.wait(lock, stop, [&] { return complete_ && finished_ > seen; });
+      const bool news = changed_.wait(lock, stop, [&] { return complete_ && looked_ > seen; });
       if (!news) return;
-      seen = finished_;
+      seen = looked_;
     }
     try {
       indexing::update_history(
@@ -217,20 +231,33 @@ void StoredSource::wait_for_change(const std::stop_token& stop, std::chrono::mil
 }
 
 void StoredSource::update_once(const std::stop_token& stop) {
+  bool must_look = false;
   {
     const std::lock_guard lock(mutex_);
     ++started_;
+    began_at_ = Call::Clock::now();
+    must_look = std::exchange(must_look_, false);
+    renewing_ = std::exchange(damaged_, false);
   }
-  watch_.forget_changes();
+  const bool news = watch_.forget_changes();
+  if (news || must_look) look_at_files(stop);
+  const std::lock_guard lock(mutex_);
+  finished_ = started_;
+  renewing_ = false;
+  changed_.notify_all();
+}
+
+void StoredSource::look_at_files(const std::stop_token& stop) {
   std::optional<std::string> failure;
   bool whole = false;
   try {
+    if (renewing_) set_damaged_aside(stop);
     Reporter reporter(*this);
     indexing::IndexOptions update = update_;
     update.stop = stop;
     const indexing::IndexReport report = indexing::update_index(update, &reporter);
     whole = !report.interrupted;
-    if (report.added + report.removed > 0 || started_ == 1) watch_indexed_directories();
+    if (report.added + report.removed > 0 || watch_.has_grown() || started_ == 1) watch_directories();
   } catch (const std::exception& error) {
     failure = error.what();
     if (!stop.stop_requested()) spdlog::error("{}: {}", name_, error.what());
@@ -238,15 +265,22 @@ void StoredSource::update_once(const std::stop_token& stop) {
   const std::lock_guard lock(mutex_);
   failure_ = std::move(failure);
   complete_ = complete_ || whole;
-  finished_ = started_;
+  looked_ = started_;
   files_done_ = files_total_ = 0;
-  changed_.notify_all();
 }
 
-void StoredSource::watch_indexed_directories() {
-  if (!watch_.watch(indexed_directories(update_.index_file))) return;
+void StoredSource::set_damaged_aside(const std::stop_token& stop) {
+  const storage::WriterLock lock(update_.index_file, stop);
+  const std::filesystem::path kept = storage::set_aside(update_.index_file);
+  spdlog::warn("{}: the index is damaged; kept as {}, indexing anew", name_, kept.string());
+}
+
+void StoredSource::watch_directories() {
+  indexing::Directories directories = indexed_directories(update_.index_file);
+  directories.merge(indexing::directories_without_files(update_.root, update_.include_ignored, directories));
+  if (!watch_.watch(directories)) return;
   const std::lock_guard lock(mutex_);
-  want(started_ + 1);  // for what changed in them before
+  want_look();  // for what changed in them before
 }
 
 void StoredSource::wake() const {

@@ -33,6 +33,7 @@ class StoredSource final : public Source {
   const std::filesystem::path& root() const override { return update_.root; }
   Indexing refresh(const Call& call) override;
   std::unique_ptr<View> view(const Call& call) override;
+  void renew() override;
 
  private:
   class Reporter;
@@ -41,14 +42,18 @@ class StoredSource final : public Source {
   void run_history(const std::stop_token& stop);
   void await_first_call(const std::stop_token& stop);
   void update_once(const std::stop_token& stop);
-  void watch_indexed_directories();
+  void look_at_files(const std::stop_token& stop);
+  void set_damaged_aside(const std::stop_token& stop);
+  void watch_directories();
   void wait_for_change(const std::stop_token& stop, std::chrono::milliseconds pause) const;
   void note_progress(std::int64_t done, std::int64_t total);
   void wake() const;
 
   // With the mutex held:
   void want(std::uint64_t update);
-  Indexing indexing() const;
+  /// Wants an update that looks at the files whatever the watch reports.
+  void want_look();
+  Indexing indexing(bool in_progress) const;
 
   std::string name_;
   indexing::IndexOptions update_;
@@ -61,8 +66,13 @@ class StoredSource final : public Source {
   std::uint64_t wanted_ = 1;    ///< number of the update that somebody waits for
   std::uint64_t started_ = 0;   ///< number of the last update that began, which looks at all files after that
   std::uint64_t finished_ = 0;  ///< and of the last that ended
-  bool asked_ = false;          ///< a call has had its view
-  bool complete_ = false;       ///< there was a whole index at some time
+  std::uint64_t looked_ = 0;    ///< and of the last that had reason to look at the files
+  Call::Clock::time_point began_at_;  ///< of the update `started_`
+  bool must_look_ = true;             ///< the next update looks at the files whatever the watch reports
+  bool damaged_ = false;              ///< the next update sets the index aside
+  bool renewing_ = false;             ///< the running update did so
+  bool asked_ = false;                ///< a call has had its view
+  bool complete_ = false;             ///< there was a whole index at some time
   std::int64_t files_done_ = 0;
   std::int64_t files_total_ = 0;  ///< that the running update reads; 0: none yet
   std::optional<std::string> failure_;

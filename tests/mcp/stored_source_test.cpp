@@ -2,9 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
 #include <thread>
 
 #include "mcp/confined_repository.h"
+#include "storage/index_file.h"
 #include "storage/indexed_tree.h"
 
 namespace tarnwick::testing {
@@ -83,6 +85,67 @@ TEST_F(StoredSourceTest, ShowsEveryEditWatchedOrNot) {
     tree_.remove("deep/er/b.toy");
     EXPECT_EQ(matches(source, "new_one"), 0) << watch;
   }
+}
+
+TEST_F(StoredSourceTest, WatchesDirectoriesWithoutFilesOfTheTree) {
+  ASSERT_EQ(std::system(("git init -q '" + tree_.root().string() + "'").c_str()), 0);
+  tree_.write(".gitignore", "*.cache\nbuild/\n");
+  tree_.write("a.toy", "fn one\nend\n");
+  tree_.write("left/over.cache", "x");
+  tree_.write("left/build/out.toy", "fn built\nend\n");
+  tree_.write("last/b.toy", "fn two\nend\n");
+  std::filesystem::create_directories(tree_.root() / "empty/deep");
+  mcp::StoredSource source = this->source(true);
+  progress_of(source);
+  tree_.write("last/b.cache", "x");
+  tree_.remove("last/b.toy");
+  EXPECT_EQ(matches(source, "two"), 0);
+  for (const std::string directory : {"empty", "empty/deep", "left", "last"}) {
+    const std::string name = "new_" + std::to_string(directory.size());
+    tree_.write(directory + "/new.toy", "fn " + name + "\nend\n");
+    EXPECT_EQ(matches(source, name.c_str()), 1) << directory;
+    tree_.remove(directory + "/new.toy");
+  }
+  EXPECT_EQ(matches(source, "built"), 0);
+}
+
+TEST_F(StoredSourceTest, FollowsARootThatAnotherDirectoryReplaces) {
+  tree_.write("a.toy", "fn one\nend\n");
+  mcp::StoredSource source = this->source(true);
+  progress_of(source);
+  std::filesystem::rename(tree_.root(), tree_.root().string() + ".old");
+  EXPECT_TRUE(source.refresh(call()).failure);
+  tree_.write("b.toy", "fn other\nend\n");
+  EXPECT_EQ(matches(source, "other"), 1);
+  EXPECT_EQ(matches(source, "one"), 0);
+  tree_.write("b.toy", "fn next\nend\n");
+  EXPECT_EQ(matches(source, "next"), 1);
+}
+
+TEST_F(StoredSourceTest, WaitsOnceForAnotherThatWrites) {
+  tree_.write("a.toy", "fn one\nend\n");
+  mcp::StoredSource source = this->source(true);
+  progress_of(source);
+  const storage::WriterLock lock(tree_.index_file(), {});
+  tree_.write("a.toy", "fn other\nend\n");
+  source.refresh(call());
+  const auto start = mcp::Call::Clock::now();
+  const mcp::Indexing state = source.refresh(call());
+  EXPECT_LT(mcp::Call::Clock::now() - start, 1s);
+  EXPECT_TRUE(state.in_progress);
+  EXPECT_LT(state.progress, 100);
+}
+
+TEST_F(StoredSourceTest, MakesADamagedIndexAnewOnce) {
+  tree_.write("a.toy", "fn one\nend\n");
+  mcp::StoredSource source = this->source(true);
+  progress_of(source);
+  source.renew();
+  source.renew();
+  EXPECT_EQ(progress_of(source).back(), 100);
+  EXPECT_EQ(matches(source, "one"), 1);
+  EXPECT_TRUE(std::filesystem::exists(tree_.index_file().string() + ".damaged-1"));
+  EXPECT_FALSE(std::filesystem::exists(tree_.index_file().string() + ".damaged-2"));
 }
 
 TEST_F(StoredSourceTest, ReadsNoLineOfAReferenceOutside) {
