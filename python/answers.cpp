@@ -137,8 +137,12 @@ bool HostPathSet::contains(const Text& path) const {
 
 std::vector<Text> HostPathSet::values() const {
   std::vector<Text> paths;
-  python::walk(paths_, [&](const py::object& path) { paths.push_back(arena_->path(path)); });
+  walk([&](const Text& path) { paths.push_back(path); });
   return paths;
+}
+
+void HostPathSet::walk(const std::function<void(const Text&)>& visit) const {
+  python::walk(paths_, [&](const py::object& path) { visit(arena_->path(path)); });
 }
 
 void HostTestRecords::walk(const std::function<void(const TestRecord&)>& visit) const {

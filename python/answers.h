@@ -48,6 +48,7 @@ class HostPathSet final : public PathSet {
   HostPathSet(Arena& arena, py::handle paths) : arena_(&arena), paths_(paths) {}
   bool contains(const Text& path) const override;
   std::vector<Text> values() const override;
+  void walk(const std::function<void(const Text&)>& visit) const override;
 
  private:
   Arena* arena_;

@@ -4,84 +4,74 @@
 
 #include "arguments.h"
 #include "platform.h"
+#include "records.h"
 
 namespace tarnwick::python {
 namespace {
 
-/// What stands in the component's map for a path whose tests are in the host's.
-constexpr char HELD_BY_HOST = '\0';
+/// The component's lookup over a record's fields. What it finds is in the record's `found` at once: code of
+/// the host that runs meanwhile may look there, and an error on the way leaves what was found before.
+class RecordTests final : public CoveringTests {
+ public:
+  RecordTests(const Repository& index, py::handle record, py::handle found_by_host)
+      : CoveringTests(index, to_integer(attribute(record, names::per_file), "per_file"),
+                      host_platform().logger),
+        found_by_host_(found_by_host) {
+    failed = is_true(attribute(record, names::failed));
+  }
 
-Text held_by_host() {
-  return {std::string_view(&HELD_BY_HOST, 1), std::shared_ptr<const Text::Owner>()};
-}
+  /// As text; `path` is not asked about when it is in the record's `found`.
+  OptionalText wanted(Arena& arena, const py::object& path) {
+    OptionalText text = arena.optional_path(path);
+    if (has_text(text) && contains(found_by_host_, path)) found.set(*text, {});
+    return text;
+  }
 
-bool is_held_by_host(const std::vector<Text>& tests) {
-  return tests.size() == 1 && tests.front().view().data() == &HELD_BY_HOST;
-}
+ private:
+  void keep(const Text& path, std::vector<Text> tests) override {
+    const py::object list = to_python(tests);
+    asked([&] { return PyObject_SetItem(found_by_host_.ptr(), to_python(path).ptr(), list.ptr()); });
+    CoveringTests::keep(path, std::move(tests));
+  }
 
-/// One call on a _CoveringTests: the component's lookup over the record's fields.
+  py::handle found_by_host_;
+};
+
+/// One call on a _CoveringTests.
 class LookUp {
  public:
   explicit LookUp(py::handle record)
       : record_(record),
         found_(attribute(record, names::found)),
         repository_(arena_, arena_.keep(attribute(record, names::repository))),
-        tests_(repository_, to_integer(attribute(record, names::per_file), "per_file"),
-               host_platform().logger) {
-    tests_.failed = failed_before_ = is_true(attribute(record, names::failed));
-  }
+        tests_(repository_, record, found_) {}
 
   void look_up(py::handle paths) {
     std::vector<OptionalText> wanted;
-    walk(paths, [&](const py::object& path) { wanted.push_back(known_path(path)); });
-    stored([&] { tests_.look_up(wanted); });
-  }
-
-  /// The very list that `found` holds.
-  py::object of(const py::object& object) {
-    const OptionalText path = known_path(object);
-    const std::vector<Text>* tests = nullptr;
-    stored([&] { tests = &tests_.of(path); });
-    if (!path || tests_.found.find(*path) != tests) return checked(PyList_New(0));
-    return checked(PyObject_GetItem(found_.ptr(), object.ptr()));
-  }
-
- private:
-  OptionalText known_path(const py::object& object) {
-    OptionalText path = arena_.optional_path(object);
-    if (has_text(path) && contains(found_, object)) tests_.found.set(*path, {held_by_host()});
-    return path;
-  }
-
-  /// Runs `work` and stores what it found, also when it throws.
-  template <class Work>
-  void stored(Work work) {
-    try {
-      work();
-    } catch (...) {
-      store();
-      throw;
-    }
-    store();
-  }
-
-  void store() const {
-    for (const auto& [path, tests] : tests_.found.items()) {
-      if (is_held_by_host(tests)) continue;
-      const py::object list = to_list(tests, [](const Text& test) { return to_python(test); });
-      checked(PyObject_SetItem(found_.ptr(), to_python(path).ptr(), list.ptr()));
-    }
-    if (tests_.failed && !failed_before_) {
+    walk(paths, [&](const py::object& path) { wanted.push_back(tests_.wanted(arena_, path)); });
+    const bool failed_before = tests_.failed;
+    tests_.look_up(wanted);
+    if (tests_.failed && !failed_before) {
       checked(PyObject_SetAttr(record_.ptr(), names::failed.object(), Py_True));
     }
   }
+
+  /// The very list that `found` holds.
+  py::object of(const py::object& path) {
+    if (!is_true(path)) return new_list();
+    look_up(checked(PyTuple_Pack(1, path.ptr())));
+    if (tests_.failed || !contains(found_, path)) return new_list();
+    return asked([&] { return PyObject_GetItem(found_.ptr(), path.ptr()); });
+  }
+
+ private:
+  static py::object new_list() { return checked(PyList_New(0)); }
 
   Arena arena_;
   py::handle record_;
   py::object found_;
   HostRepository repository_;
-  CoveringTests tests_;
-  bool failed_before_ = false;
+  RecordTests tests_;
 };
 
 PyObject* look_up(PyObject* self, PyObject* arguments, PyObject* keywords) {

@@ -74,12 +74,27 @@ def test_errors_of_comparisons_and_iterators_come_through(build):
 
 def test_failing_records_leave_what_was_found(build):
     error = LookupError("rank")
-    broken = SimpleNamespace(alone=mock.Mock(side_effect=[None, error]))
-    tests = build._CoveringTests(host.small_host(covering=[]), 2)
-    tests.repository.find_covering_tests = lambda paths: [broken]
+    seen = []
+    broken = SimpleNamespace(alone=mock.Mock(side_effect=lambda path: seen.append(dict(tests.found)) or failing[path]()))
+    failing = {"a": lambda: None, "b": mock.Mock(side_effect=error)}
+    tests = build._CoveringTests(host.small_host(test_files={"t"}), 2)
+    tests.repository.find_covering_tests = lambda paths: seen.append(dict(tests.found)) or [broken]
     with pytest.raises(LookupError) as caught:
-        tests.look_up(["a", "b"])
-    assert caught.value is error and tests.found == {"a": []} and not tests.failed
+        tests.look_up(["a", "t", "b"])
+    assert caught.value is error and tests.found == {"t": [], "a": []} and not tests.failed
+    assert seen == [{"t": []}, {"t": []}, {"t": [], "a": []}]  # what is found is there at once
+
+
+def test_a_failing_walk_of_test_files_leaves_those_before(build):
+    class TestFiles:
+        def __iter__(self):
+            yield "t"
+            raise error
+
+    error = host.Failure("walk")
+    tests = build._CoveringTests(SimpleNamespace(test_paths=lambda paths: TestFiles()), 2)
+    tests.look_up(["t", "a"])
+    assert tests.found == {"t": []} and tests.failed and tests.of("t") == []
 
 
 @pytest.mark.parametrize("answer, error", [((1, 2), ValueError), ((1, 2, 3, 4), ValueError), (None, TypeError)])
@@ -118,6 +133,12 @@ def test_wrong_types_are_named(module):
         setattr(symbol, member, value)
         with pytest.raises(TypeError, match={"tokens": "token_count"}.get(member, member)):
             module.ContextBuilder(repository).build_context_pack("reader")
+    with pytest.raises(TypeError, match="a keyword must be a str, not NoneType"):
+        builder._calculate_name_match(host.Symbol(1, "reader"), [None, "reader"])
+    for function in ("query_names", "query_terms"):
+        with mock.patch.object(module, function, lambda task: ["reader", None]):
+            with pytest.raises(TypeError, match=f"of {function} must be a str, not NoneType"):
+                module.task_keywords("x")
 
 
 def failing_tests(error, where="find_covering_tests"):

@@ -43,6 +43,11 @@ class PathSet {
 
   virtual bool contains(const Text& path) const = 0;
   virtual std::vector<Text> values() const = 0;
+  /// Calls `visit` for each of the values. An answer that is read piece by piece may throw on the way, when
+  /// some were visited.
+  virtual void walk(const std::function<void(const Text&)>& visit) const {
+    for (const Text& path : values()) visit(path);
+  }
 };
 
 /// The tests that reach some source files; walked once for each of the files.

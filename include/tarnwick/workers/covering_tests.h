@@ -60,6 +60,10 @@ class CoveringTests {
   Logger* logger;
   FoundTests found;
   bool failed = false;
+
+ protected:
+  /// Called with each answer as soon as it is there, to put it into `found`.
+  virtual void keep(const Text& path, std::vector<Text> tests) { found.set(path, std::move(tests)); }
 };
 
 }  // namespace tarnwick

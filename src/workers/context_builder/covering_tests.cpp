@@ -80,7 +80,7 @@ void CoveringTests::look_up(const std::vector<OptionalText>& paths) {
   std::shared_ptr<const TestRecords> records;
   try {
     const auto test_files = repository->test_paths(candidates);
-    for (const Text& path : test_files->values()) found.set(path, {});
+    test_files->walk([&](const Text& path) { keep(path, {}); });
     std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(sources),
                  [&](const Text& path) { return !test_files->contains(path); });
     if (sources.empty()) return;
@@ -90,7 +90,7 @@ void CoveringTests::look_up(const std::vector<OptionalText>& paths) {
     failed = true;
     return;
   }
-  for (const Text& source : sources) found.set(source, closest_tests(*records, source, per_file));
+  for (const Text& source : sources) keep(source, closest_tests(*records, source, per_file));
 }
 
 const std::vector<Text>& CoveringTests::of(const OptionalText& path) {
