@@ -48,6 +48,25 @@ def test_a_step_reads_no_more_than_it_needs(build):
     retriever.retrieve.assert_called_once_with("task", limit=7, include_tests=1)
 
 
+def test_members_are_read_in_the_order_of_the_steps(build):
+    class Traced(host.Symbol):
+        def __getattribute__(self, name):
+            reads.append((id(self), name))
+            return super().__getattribute__(name)
+
+    reads = []
+    symbol, other = Traced(1, "reader"), Traced(2, "pool")
+    builder = build.ContextBuilder(host.small_host(symbols=[other]))
+    reads.clear()
+    builder._build_pack([build.RankedSymbol(symbol, 1.0)], 0)
+    members = [member for _, member in reads]
+    assert members.index("token_count") < members.index("docstring")
+    builder.repository.get_symbols_by_file = lambda file_id: [other]
+    reads.clear()
+    builder._get_related_symbols(symbol, "src/a.py")
+    assert [read for read in reads if read[1] == "fqn"][:2] == [(id(other), "fqn"), (id(symbol), "fqn")]
+
+
 def test_mocks_serve_as_collaborators(build):
     repository = mock.MagicMock()
     repository.search_symbols.return_value = ([host.Symbol(1, "reader")], 1, False)

@@ -43,10 +43,10 @@ std::vector<RelatedSymbol> ContextBuilder::_get_related_symbols(const Symbol& sy
   if (file_id == 0) return {};
   std::vector<RelatedSymbol> related;
   for (const SymbolPtr& other : repository_->get_symbols_by_file(file_id)) {
-    const bool shown = other->fqn() != symbol.fqn() &&
+    const Text& fqn = other->fqn();
+    const bool shown = fqn != symbol.fqn() &&
                        (other->kind() == "class" || other->kind() == "function" || other->kind() == "method");
-    if (shown && static_cast<std::int64_t>(related.size()) < limit)
-      related.push_back({other->fqn(), other->kind()});
+    if (shown && static_cast<std::int64_t>(related.size()) < limit) related.push_back({fqn, other->kind()});
   }
   return related;
 }

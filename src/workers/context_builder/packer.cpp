@@ -87,7 +87,8 @@ class ContextBuilder::Packer {
   }
 
   static std::int64_t cost(const Symbol& symbol, const Snippet& snippet) {
-    const std::int64_t described = add_saturated(symbol.token_count(), estimate_tokens(symbol.docstring()));
+    const std::int64_t bare = symbol.token_count();
+    const std::int64_t described = add_saturated(bare, estimate_tokens(symbol.docstring()));
     return add_saturated(described, estimate_tokens(snippet.text));
   }
 
