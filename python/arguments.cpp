@@ -2,16 +2,24 @@
 
 namespace tarnwick::python {
 
-std::vector<Text> to_texts(Arena& arena, py::handle values) {
-  std::vector<Text> texts;
+std::vector<Text> to_words(Arena& arena, py::handle values, const char* what) {
+  std::vector<Text> words;
   walk(values, [&](py::object value) {
-    if (PyUnicode_Check(value.ptr()) != 0) texts.push_back(arena.text(std::move(value)));
+    if (PyUnicode_Check(value.ptr()) == 0) {
+      throw_new(PyExc_TypeError, "%s must be a str, not %.200s", what, Py_TYPE(value.ptr())->tp_name);
+    }
+    words.push_back(arena.text(std::move(value)));
   });
-  return texts;
+  return words;
 }
 
 std::vector<Text> to_kinds(Arena& arena, py::handle values) {
-  return is_true(values) ? to_texts(arena, values) : std::vector<Text>{};
+  std::vector<Text> kinds;
+  if (!is_true(values)) return kinds;
+  walk(values, [&](py::object value) {
+    if (PyUnicode_Check(value.ptr()) != 0) kinds.push_back(arena.text(std::move(value)));
+  });
+  return kinds;
 }
 
 TextSet to_text_set(Arena& arena, py::handle values) {

@@ -25,9 +25,11 @@ void parse(PyObject* arguments, PyObject* keywords, const char* format,
   if (PyArg_ParseTupleAndKeywords(arguments, keywords, format, list.data(), values...) == 0) throw_raised();
 }
 
-/// The texts of an iterable; what is no str is left out, since no text equals it.
-std::vector<Text> to_texts(Arena& arena, py::handle values);
-/// As to_texts; none where `values` is false.
+/// The words of an iterable; `what` names one in the TypeError for what is no str.
+std::vector<Text> to_words(Arena& arena, py::handle values, const char* what);
+
+/// The texts that others are compared with; none where `values` is false. What is no str is left out, since
+/// no text equals it.
 std::vector<Text> to_kinds(Arena& arena, py::handle values);
 TextSet to_text_set(Arena& arena, py::handle values);
 

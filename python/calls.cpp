@@ -1,5 +1,7 @@
 #include "calls.h"
 
+#include <limits>
+
 namespace tarnwick::python {
 namespace {
 
@@ -11,6 +13,18 @@ py::object name_pair(const Name& first, const Name& second) {
 [[noreturn]] void throw_count(Py_ssize_t expected, Py_ssize_t got) {
   if (got > expected) throw_new(PyExc_ValueError, "too many values to unpack (expected %zd)", expected);
   throw_new(PyExc_ValueError, "not enough values to unpack (expected %zd, got %zd)", expected, got);
+}
+
+/// `overflow` becomes -1 or 1 for an integer below or above the range; the value is then of no use.
+std::int64_t convert(py::handle object, const char* what, int& overflow) {
+  if (PyLong_Check(object.ptr()) == 0) {
+    if (PyIndex_Check(object.ptr()) != 0)
+      return convert(asked([&] { return PyNumber_Index(object.ptr()); }), what, overflow);
+    throw_new(PyExc_TypeError, "%s must be an integer, not %.200s", what, Py_TYPE(object.ptr())->tp_name);
+  }
+  const long long value = PyLong_AsLongLongAndOverflow(object.ptr(), &overflow);
+  if (value == -1 && PyErr_Occurred() != nullptr) throw_raised();
+  return value;
 }
 
 }  // namespace
@@ -61,16 +75,18 @@ py::object first_item(py::handle values) {
 }
 
 std::int64_t to_integer(py::handle object, const char* what) {
-  if (PyLong_Check(object.ptr()) == 0) {
-    if (PyIndex_Check(object.ptr()) != 0)
-      return to_integer(asked([&] { return PyNumber_Index(object.ptr()); }), what);
-    throw_new(PyExc_TypeError, "%s must be an integer, not %.200s", what, Py_TYPE(object.ptr())->tp_name);
-  }
   int overflow = 0;
-  const long long value = PyLong_AsLongLongAndOverflow(object.ptr(), &overflow);
+  const std::int64_t value = convert(object, what, overflow);
   if (overflow != 0) throw_new(PyExc_OverflowError, "%s does not fit in 64 bits", what);
-  if (value == -1 && PyErr_Occurred() != nullptr) throw_raised();
   return value;
+}
+
+std::int64_t to_clipped_integer(py::handle object, const char* what) {
+  using Limits = std::numeric_limits<std::int64_t>;
+  int overflow = 0;
+  const std::int64_t value = convert(object, what, overflow);
+  if (overflow == 0) return value;
+  return overflow > 0 ? Limits::max() : Limits::min();
 }
 
 double to_real(py::handle object) {

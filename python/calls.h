@@ -78,6 +78,9 @@ inline std::optional<std::int64_t> to_optional_integer(py::handle object, const 
   return to_integer(object, what);
 }
 
+/// As to_integer, but held at the ends of the range: for lines, of which no file has that many.
+std::int64_t to_clipped_integer(py::handle object, const char* what);
+
 double to_real(py::handle object);
 
 /// A new list of `convert(item)` for each item.

@@ -51,11 +51,26 @@ PyObject* estimate_tokens(PyObject* /*module*/, PyObject* arguments, PyObject* k
   });
 }
 
+/// Throws AttributeError; `cause` may be null.
+[[noreturn]] void throw_missing(PyObject* name, py::handle cause) {
+  try {
+    throw_new(PyExc_AttributeError, "module '%s' has no attribute %R", MODULE_NAME, name);
+  } catch (const HostError& error) {
+    if (cause) PyException_SetCause(error.object().ptr(), cause.inc_ref().ptr());
+    throw;
+  }
+}
+
 /// Attributes that the module does not have itself.
 PyObject* get_attribute(PyObject* /*module*/, PyObject* name) {
   return at_border([&]() -> py::object {
-    if (PyUnicode_Check(name) != 0 && is_tokenizer_function(name)) return retrieval_attribute(name);
-    throw_new(PyExc_AttributeError, "module '%s' has no attribute %R", MODULE_NAME, name);
+    if (PyUnicode_Check(name) == 0 || !is_tokenizer_function(name)) throw_missing(name, nullptr);
+    try {
+      return retrieval_attribute(name);
+    } catch (const HostError& error) {
+      if (PyErr_GivenExceptionMatches(error.object().ptr(), PyExc_ImportError) == 0) throw;
+      throw_missing(name, error.object());  // what hasattr and patching tools take for an absent name
+    }
   });
 }
 

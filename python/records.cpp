@@ -1,5 +1,7 @@
 #include "records.h"
 
+#include <pybind11/eval.h>
+
 #include <array>
 
 #include "covering_tests.h"
@@ -78,12 +80,19 @@ py::object new_entry(const Entry& entry) {
   return dict;
 }
 
+/// What an annotation stands for. Its text could not be resolved later: the module has no `Any`.
+py::object evaluated(const char* annotation) {
+  const py::dict scope;
+  scope["Any"] = py::module_::import("typing").attr("Any");
+  return py::eval(annotation, scope);
+}
+
 /// A field of a record: its name, its annotation, and its default as an object or a factory; null for none.
 py::object field(const char* name, const char* annotation, const char* how, py::handle value) {
   const py::object make = py::module_::import("dataclasses").attr("field");
   const py::dict options;
   if (how != nullptr) options[how] = value;
-  return py::make_tuple(name, annotation, make(**options));
+  return py::make_tuple(name, evaluated(annotation), make(**options));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "arguments.h"
 #include "module.h"
 
 namespace tarnwick::python {
@@ -60,16 +61,11 @@ RetrievalResult HostRetriever::retrieve(const Text& task, std::int64_t limit, bo
 }
 
 std::vector<Text> HostQueryTerms::values() const {
-  std::vector<Text> terms;
-  walk(object_, [&](py::object term) { terms.push_back(arena_->text(std::move(term))); });
-  return terms;
+  return to_words(*arena_, object_, "a term of query_terms");
 }
 
 std::vector<Text> HostTokenizer::query_names(const Text& task) const {
-  std::vector<Text> found;
-  walk(call(names::query_names, to_python(task)),
-       [&](py::object name) { found.push_back(arena_->text(std::move(name))); });
-  return found;
+  return to_words(*arena_, call(names::query_names, to_python(task)), "a name of query_names");
 }
 
 std::shared_ptr<const QueryTerms> HostTokenizer::query_terms(const Text& task) const {

@@ -46,7 +46,7 @@ PyObject* get_candidate_symbols(PyObject* self, PyObject* arguments, PyObject* k
     BuilderCall call(self, Fields::INDEX);
     call.arena.source_only = borrowed(source_only);
     return to_python(call.component._get_candidate_symbols(
-        to_texts(call.arena, words), call.arena.optional_text(borrowed(component_filter)),
+        to_words(call.arena, words, "a keyword"), call.arena.optional_text(borrowed(component_filter)),
         is_true(source_only), is_true(wide_match)));
   });
 }
@@ -78,7 +78,8 @@ PyObject* calculate_name_match(PyObject* /*self*/, PyObject* arguments, PyObject
     parse(arguments, keywords, "OO:_calculate_name_match", {"symbol", "keywords"}, &symbol, &words);
     Arena arena;
     const HostSymbol asked(arena, borrowed(symbol));
-    return checked(PyFloat_FromDouble(ContextBuilder::_calculate_name_match(asked, to_texts(arena, words))));
+    return checked(PyFloat_FromDouble(
+        ContextBuilder::_calculate_name_match(asked, to_words(arena, words, "a keyword"))));
   });
 }
 
@@ -92,7 +93,7 @@ PyObject* calculate_relevance_score(PyObject* /*self*/, PyObject* arguments, PyO
     Arena arena;
     const HostSymbol asked(arena, borrowed(symbol));
     return checked(PyFloat_FromDouble(ContextBuilder::_calculate_relevance_score(
-        asked, to_texts(arena, words), to_kinds(arena, prefer_kinds))));
+        asked, to_words(arena, words, "a keyword"), to_kinds(arena, prefer_kinds))));
   });
 }
 
@@ -108,7 +109,7 @@ PyObject* rank_symbols(PyObject* self, PyObject* arguments, PyObject* keywords) 
           &include_tests, &prefer_kinds, &seed_rank);
     BuilderCall call(self, Fields::INDEX);
     return to_python(call.component._rank_symbols(
-        to_symbols(call.arena, candidates), to_texts(call.arena, words),
+        to_symbols(call.arena, candidates), to_words(call.arena, words, "a keyword"),
         {is_true(include_tests), to_kinds(call.arena, prefer_kinds), to_seed_rank(seed_rank)}));
   });
 }
@@ -126,13 +127,13 @@ PyObject* extract_snippet(PyObject* /*self*/, PyObject* arguments, PyObject* key
           &start_line, &end_line, &so_far, &max_lines, &total_cap);
     Arena arena;
     const Text path = arena.path(borrowed(file_path));
-    const std::int64_t start = to_integer(start_line, "start_line");
-    const std::int64_t end = to_integer(end_line, "end_line");
-    const std::int64_t lines_so_far = to_integer(so_far, "total_lines_so_far");
+    const std::int64_t start = to_clipped_integer(start_line, "start_line");
+    const std::int64_t end = to_clipped_integer(end_line, "end_line");
+    const std::int64_t lines_so_far = to_clipped_integer(so_far, "total_lines_so_far");
     const std::int64_t symbol_cap =
-        max_lines == nullptr ? MAX_SNIPPET_LINES_PER_SYMBOL : to_integer(max_lines, "max_lines");
+        max_lines == nullptr ? MAX_SNIPPET_LINES_PER_SYMBOL : to_clipped_integer(max_lines, "max_lines");
     const std::int64_t pack_cap =
-        total_cap == nullptr ? MAX_TOTAL_SNIPPET_LINES : to_integer(total_cap, "total_cap");
+        total_cap == nullptr ? MAX_TOTAL_SNIPPET_LINES : to_clipped_integer(total_cap, "total_cap");
     ContextBuilder::Snippet snippet;
     host_platform().run_detached(std::numeric_limits<std::size_t>::max(), [&] {
       snippet = ContextBuilder::_extract_snippet(path, start, end, lines_so_far, symbol_cap, pack_cap);
@@ -159,7 +160,8 @@ PyObject* build_pack(PyObject* self, PyObject* arguments, PyObject* keywords) {
     if (options.include_snippets) {
       options.repo_root = call.arena.optional_path(borrowed(repo_root));
       options.deep_fqns = to_text_set(call.arena, deep_fqns);
-      if (deep_max_lines != nullptr) options.deep_max_lines = to_integer(deep_max_lines, "deep_max_lines");
+      if (deep_max_lines != nullptr)
+        options.deep_max_lines = to_clipped_integer(deep_max_lines, "deep_max_lines");
     }
     const auto ranking = to_ranking(call.arena, ranked, true, ContextBuilder::MAX_SYMBOLS);
     return to_python(call.component._build_pack(ranking, to_integer(max_tokens, "max_tokens"), options));

@@ -32,11 +32,11 @@ bool HostSymbol::is_export() const {
 }
 
 std::int64_t HostSymbol::start_line() const {
-  return to_integer(read(details().start_line, names::start_line), "a symbol's start_line");
+  return to_clipped_integer(read(details().start_line, names::start_line), "a symbol's start_line");
 }
 
 std::int64_t HostSymbol::end_line() const {
-  return to_integer(attribute(object_, names::end_line), "a symbol's end_line");
+  return to_clipped_integer(attribute(object_, names::end_line), "a symbol's end_line");
 }
 
 const OptionalText& HostSymbol::signature() const {

@@ -1,6 +1,7 @@
 """Whose objects a build hands on and hands out. Each case holds for plain Python too, which runs it beside the module."""
 
 import pickle
+import typing
 from pathlib import Path
 from types import SimpleNamespace
 from unittest import mock
@@ -80,6 +81,13 @@ def test_records_are_plain_records(build):
     assert (tests.repository, tests.per_file, tests.found, tests.failed) == ("index", 2, {}, False)
     assert type(first).__module__ == build.ContextBuilder.__module__
     assert pickle.loads(pickle.dumps(pack)) == pack
+
+
+def test_annotations_of_records_can_be_resolved(module):
+    hints = [typing.get_type_hints(record) for record in (module.ContextPack, module.RankedSymbol, module._CoveringTests)]
+    assert hints[0]["symbols"] == list[dict[str, typing.Any]]
+    assert hints[1] == {"symbol": typing.Any, "score": float, "file_path": str | None}
+    assert hints[2]["found"] == dict[str, list[str]]
 
 
 def test_covering_tests_keep_the_lists_they_hand_out(build):
@@ -165,6 +173,7 @@ def test_roots_and_paths(build, tmp_path, root):
     pack = builder.build_context_pack(host.TASK, include_snippets=True, repo_root=given)
     assert pack.symbols[0]["snippet"] == "1\n2\n3"
     assert builder._extract_snippet(root(tmp_path / "a.py"), 2, 9, 0) == ("2\n3", 2)
+    assert builder._extract_snippet(root(tmp_path / "a.py"), -(2**70), 2**70, 0, 2**70, 2**70) == ("1\n2\n3", 3)
     assert builder._extract_snippet(root(tmp_path), 1, 9, 0) == (None, 0)
 
 

@@ -51,6 +51,16 @@ def test_tokenizer_functions_are_found_at_each_call(build, retrieval):
         build.nonsense
 
 
+def test_names_of_an_absent_tokenizer_module_are_absent(module, retrieval):
+    sys.modules[host.RETRIEVAL] = None
+    with pytest.raises(AttributeError, match="has no attribute 'query_names'") as caught:
+        module.query_names
+    assert isinstance(caught.value.__cause__, ImportError) and not hasattr(module, "query_terms")
+    with mock.patch.multiple(module, create=True, query_names=lambda task: [], query_terms=str.split):
+        assert module.task_keywords("one two") == ["one", "two"]
+    assert not hasattr(module, "query_names")
+
+
 def test_estimate_tokens(build):
     assert [build.estimate_tokens(text) for text in (None, "", "é" * 8, " ", "\ud800" * 8)] == [0, 0, 2, 1, 2]
     assert build.estimate_tokens("x" * 10, chars_per_token=3) == 3 and build.estimate_tokens("", 0) == 0
