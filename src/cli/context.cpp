@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "cli/commands.h"
+#include "cli/deep_symbols.h"
 #include "cli/explain.h"
 #include "cli/failure.h"
 #include "cli/formats.h"
@@ -88,16 +89,11 @@ std::vector<SymbolPtr> seeds_of(const Repository& repository, const std::vector<
   return seeds;
 }
 
-TextSet deep_symbols(const Repository& repository, const std::vector<std::string>& fqns) {
-  TextSet known;
-  for (const std::string& fqn : fqns) {
-    if (repository.get_symbol_by_fqn(given(fqn))) {
-      known.insert(given(fqn));
-    } else {
-      spdlog::warn("Unknown symbol: {}", visible(fqn));
-    }
-  }
-  return known;
+std::vector<Text> texts(const std::vector<std::string>& arguments) {
+  std::vector<Text> texts;
+  texts.reserve(arguments.size());
+  for (const std::string& argument : arguments) texts.push_back(given(argument));
+  return texts;
 }
 
 BuildOptions build_options(const ContextOptions& options, const Location& location,
@@ -105,12 +101,12 @@ BuildOptions build_options(const ContextOptions& options, const Location& locati
   BuildOptions build;
   build.token_budget = options.budget;
   build.component_filter = given(options.component);
-  build.include_snippets = options.snippets || !options.deep.empty();
+  build.include_snippets = options.snippets;
   build.repo_root = given(location.root.string());
-  for (const std::string& kind : options.prefer) build.prefer_kinds.push_back(given(kind));
+  build.prefer_kinds = texts(options.prefer);
   build.source_only = !options.all_files;
   build.wide_match = options.wide;
-  build.deep_fqns = deep_symbols(repository, options.deep);
+  ask_for_bodies(texts(options.deep), build);
   if (!options.seeds.empty()) build.seed_symbols = seeds_of(repository, options.seeds);
   return build;
 }
@@ -149,7 +145,10 @@ ContextPack build(const ContextOptions& options, const Location& location) {
   Explanation explanation(explained, std::cerr);
   if (options.explain) choices.on_weighed = [&](const Weighed& weighed) { explanation.add(weighed); };
   try {
-    return builder.build_context_pack(task_of(options), choices);
+    ContextPack pack = builder.build_context_pack(task_of(options), choices);
+    for (const std::string& line : missing_bodies(repository, texts(options.deep), pack))
+      spdlog::warn("--deep: {}", visible(line));
+    return pack;
   } catch (const UnknownComponent& error) {
     throw Failure(error.message(), did_you_mean(repository.components_near(options.component)));
   }

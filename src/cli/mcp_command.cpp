@@ -25,6 +25,7 @@ namespace {
 
 struct McpOptions {
   std::vector<std::string> repos;
+  std::string index;
   bool ignored = false;
   bool structured = false;
   bool unwatched = false;
@@ -37,10 +38,15 @@ std::vector<Location> locations_of(const McpOptions& options) {
   for (const std::string& directory : directories) {
     RepositoryOptions repository;
     repository.repo = directory;
+    repository.index = options.index;
     Location location = locate(repository);
     const bool known = std::any_of(locations.begin(), locations.end(),
                                    [&](const Location& other) { return other.root == location.root; });
     if (!known) locations.push_back(std::move(location));
+  }
+  if (locations.size() > 1 && !options.index.empty()) {
+    throw CLI::ValidationError("Several repositories cannot share the index file " + options.index +
+                               " (--index or TARNWICK_INDEX)");
   }
   return locations;
 }
@@ -83,7 +89,14 @@ int take_standard_output() {
   return output;
 }
 
+/// A standard input that is closed would be whatever is opened next, and never end.
+void require_standard_input() {
+  if (fcntl(STDIN_FILENO, F_GETFD) < 0)
+    throw Failure("standard input: " + std::system_category().message(errno));
+}
+
 void run(const McpOptions& options) {
+  require_standard_input();
   struct sigaction ignore {};
   ignore.sa_handler = SIG_IGN;
   sigaction(SIGPIPE, &ignore, nullptr);  // a client that is gone ends the loop, not the process
@@ -130,6 +143,11 @@ void declare_mcp(CLI::App& command) {
                   "A repository to serve; repeatable; default: the one around the working directory")
       ->type_name("DIR")
       ->allow_extra_args(false);
+  command
+      .add_option("--index", options->index,
+                  "The index file, of one repository alone; default: one for each in the cache folder")
+      ->type_name("FILE")
+      ->envname("TARNWICK_INDEX");
   command.add_flag("--ignored", options->ignored, "Read the files that git ignores too");
   command.add_flag("--no-watch", options->unwatched,
                    "Look for changed files at each call instead of being told, as on network file systems");

@@ -35,7 +35,7 @@ constexpr std::size_t WINDOW = 64;
 
 /// A first indexing shows readers what is done after this time, and then each time that it has taken half as
 /// long again: each commit leaves the search tables more to merge.
-constexpr std::chrono::seconds BATCH_TIME{2};
+constexpr std::chrono::milliseconds BATCH_TIME{250};
 
 std::int64_t now_ns() {
   const auto now = std::chrono::system_clock::now().time_since_epoch();

@@ -15,6 +15,7 @@ constexpr std::int64_t MOST_BUDGET = 16000;
 constexpr std::int64_t MOST_TASK_CHARACTERS = 20000;
 constexpr std::int64_t MOST_NAME_CHARACTERS = 1000;
 constexpr std::int64_t MOST_NAMES = 50;
+constexpr std::int64_t MOST_LINE = 1'000'000'000;
 
 Json text(std::string_view description, std::int64_t most = MOST_NAME_CHARACTERS) {
   return {{"type", "string"}, {"maxLength", most}, {"description", description}};
@@ -56,16 +57,25 @@ Json properties() {
       {"task", text("task: the coding task in plain words, with the names, paths and error texts you know.",
                     MOST_TASK_CHARACTERS)},
       {"fqn", text("symbol: the qualified name, as `fqn` in packs.")},
+      {"file",
+       text("symbol: where several bear the name, such as overloads: the file of the one that is wanted, as "
+            "`others` of a result lists them.")},
+      {"line",
+       {{"type", "integer"},
+        {"minimum", 1},
+        {"maximum", MOST_LINE},
+        {"description", "symbol: likewise, its line."}}},
       {"repository", text("The repository's name; needed for task and symbol when several are served.")},
       {"token_budget", budget()},
       {"include_snippets", flag(false, "task: add code to the entries, 50 lines of each at most.")},
-      {"component_filter", text("task: only this component (a package or directory; status lists them).")},
+      {"component_filter",
+       text("task: only this component (a package or directory; status lists the largest).")},
       {"prefer_kinds", kinds()},
       {"seed_symbols",
        names("task: qualified names of symbols that lead the pack in this order, instead of the "
              "search; [] gives matches by name alone.")},
       {"deep_fqns",
-       names("task: qualified names of symbols whose whole body is wanted (with include_snippets).")},
+       names("task: qualified names of symbols whose whole body is wanted; implies include_snippets.")},
       {"source_only", flag(true, "task: false also matches names in documentation and data files.")},
       {"wide_match", flag(false, "task: true also matches words inside names.")},
   };
@@ -84,7 +94,7 @@ const std::vector<Form>& forms() {
        {"action", "task"},
        {"repository", "token_budget", "include_snippets", "component_filter", "prefer_kinds", "seed_symbols",
         "deep_fqns", "source_only", "wide_match"}},
-      {"symbol", {"action", "fqn"}, {"repository"}},
+      {"symbol", {"action", "fqn"}, {"repository", "file", "line"}},
       {"status", {"action"}, {"repository"}},
   };
   return FORMS;
@@ -153,6 +163,14 @@ TaskArguments read_task(const Input& json) {
   return task;
 }
 
+SymbolArguments read_symbol(const Input& json) {
+  SymbolArguments symbol;
+  read(json, "fqn", symbol.fqn);
+  read(json, "file", symbol.file);
+  read(json, "line", symbol.line);
+  return symbol;
+}
+
 }  // namespace
 
 const Json& input_schema() {
@@ -167,7 +185,7 @@ Arguments read_arguments(const Input& json) {
   if (json["action"] == "task") {
     arguments.action = read_task(json);
   } else if (json["action"] == "symbol") {
-    arguments.action = SymbolArguments{json["fqn"].get<std::string>()};
+    arguments.action = read_symbol(json);
   } else {
     arguments.action = StatusArguments{};
   }

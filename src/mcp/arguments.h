@@ -40,6 +40,9 @@ struct TaskArguments {
 /// Shows one symbol in full.
 struct SymbolArguments {
   std::string fqn;
+  /// Which of several that bear the name; absent: the first.
+  std::optional<std::string> file;
+  std::optional<std::int64_t> line;
 };
 
 /// Tells what is indexed.

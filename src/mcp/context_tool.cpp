@@ -20,9 +20,10 @@ constexpr std::string_view DESCRIPTION =
     "answer is a context pack, one JSON object: `symbols`, best first (qualified name `fqn`, kind, file, "
     "line, signature, docstring, related symbols, a usage example; code as `snippet` with "
     "`include_snippets`), `files`, and `tests` that cover the first files. Read the named places next.\n"
-    "action \"symbol\": one symbol in full by its `fqn` from a pack: signature, docstring, body, references, "
-    "tests.\n"
-    "action \"status\": what is indexed: languages, components, files left out.\n"
+    "action \"symbol\": one symbol in full by its `fqn` from a pack (`file` and `line` choose among "
+    "overloads): "
+    "signature, docstring, body, references, tests.\n"
+    "action \"status\": what is indexed: languages, largest components, files left out.\n"
     "\n"
     "Follow `recommendations`: they say how to go on from a thin pack. Heed `notes`: they say what could not "
     "be done, so that a gap is not taken for absence. With `indexing_in_progress` true the index is being "
@@ -46,6 +47,12 @@ Json define(const Sources& sources, bool structured) {
                          {"idempotentHint", true},
                          {"openWorldHint", false}};
   return tool;
+}
+
+/// Whether a client's path, however it is written and over whatever links, is that of `root`.
+bool leads_to(const std::string& path, const std::filesystem::path& root) {
+  std::error_code error;
+  return std::filesystem::canonical(text::to_os(path), error) == root;
 }
 
 /// What `work` over a source answers. When its index turns out to be damaged, it is made anew for later
@@ -119,8 +126,7 @@ Source& ContextTool::source(const Arguments& arguments) const {
     throw BadArguments("Several repositories are served: name one as \"repository\": " + names_of(sources_));
   }
   const auto found = std::find_if(sources_.begin(), sources_.end(), [&](const auto& source) {
-    return source->name() == *arguments.repository ||
-           text::from_os(source->root().native()) == *arguments.repository;
+    return source->name() == *arguments.repository || leads_to(*arguments.repository, source->root());
   });
   if (found == sources_.end()) {
     throw BadArguments("Unknown repository: " + *arguments.repository + ". Served: " + names_of(sources_));

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/deep_symbols.h"
 #include "cli/json.h"
 #include "cli/messages.h"
 #include "mcp/confined_repository.h"
@@ -19,7 +20,9 @@ namespace tarnwick::mcp {
 namespace {
 
 constexpr std::size_t NEAR_NAMES = 5;
-constexpr std::size_t MOST_COMPONENTS = 100;
+constexpr std::int64_t MOST_LIKE_NAMED = 50;
+constexpr std::size_t MOST_COMPONENTS = 20;
+constexpr std::size_t MOST_PLACES = 20;
 constexpr std::int64_t MOST_REFERENCES = 30;
 constexpr std::int64_t MOST_BODY_LINES = 800;
 constexpr std::size_t MOST_BODY_BYTES = 48000;  // some 12,000 tokens
@@ -56,9 +59,13 @@ std::string hint(const std::string& near, const Indexing& indexing, std::string_
   return text;
 }
 
-std::string symbols_near(const Repository& repository, std::string_view fqn) {
+std::string last_name(std::string_view fqn) {
   const std::size_t last = fqn.find_last_of(".:/#");
-  const std::string name(last == std::string_view::npos ? fqn : fqn.substr(last + 1));
+  return std::string(last == std::string_view::npos ? fqn : fqn.substr(last + 1));
+}
+
+std::string symbols_near(const Repository& repository, std::string_view fqn) {
+  const std::string name = last_name(fqn);
   if (name.empty()) return {};
   std::vector<std::string> near;
   for (const SymbolPtr& symbol : repository.search_symbols("%" + name + "%", NEAR_NAMES, false).symbols) {
@@ -71,6 +78,17 @@ std::string symbols_near(const Repository& repository, std::string_view fqn) {
   throw BadArguments("Unknown symbol: " + fqn +
                      hint(symbols_near(view.repository(), fqn), indexing,
                           "Take `fqn` from a pack; action \"task\" finds symbols."));
+}
+
+/// All symbols that packs show under this name: a file name that is no UTF-8 shows with U+FFFD in it.
+std::vector<SymbolPtr> symbols_named(const View& view, const std::string& fqn) {
+  std::vector<SymbolPtr> found = view.symbols_by_fqn(fqn);
+  if (!found.empty() || fqn.find("\uFFFD") == std::string::npos) return found;
+  const std::string pattern = "%" + last_name(fqn) + "%";
+  for (const SymbolPtr& symbol : view.repository().search_symbols(pattern, MOST_LIKE_NAMED, false).symbols) {
+    if (text::replace_surrogates(symbol->fqn()) == fqn) return view.symbols_by_fqn(symbol->fqn());
+  }
+  return {};
 }
 
 std::vector<Text> texts(const std::vector<std::string>& strings) {
@@ -86,7 +104,7 @@ BuildOptions build_options(const Source& source, const TaskArguments& task) {
   options.prefer_kinds = texts(task.prefer_kinds);
   options.source_only = task.source_only;
   options.wide_match = task.wide_match;
-  for (const std::string& fqn : task.deep_fqns) options.deep_fqns.insert(Text(fqn));
+  cli::ask_for_bodies(texts(task.deep_fqns), options);
   return options;
 }
 
@@ -95,19 +113,24 @@ SeedSymbols seeds_of(const View& view, const TaskArguments& task, const Indexing
   if (!task.seed_symbols) return {};
   std::vector<SymbolPtr> seeds;
   for (const std::string& fqn : *task.seed_symbols) {
-    SymbolPtr seed = view.repository().get_symbol_by_fqn(fqn);
-    if (!seed) refuse_symbol(view, fqn, indexing);
-    seeds.push_back(std::move(seed));
+    const std::vector<SymbolPtr> found = symbols_named(view, fqn);
+    if (found.empty()) refuse_symbol(view, fqn, indexing);
+    seeds.push_back(found.front());
   }
   return seeds;
 }
 
-/// Names that nothing bears cannot be shown in full; the rest of the pack is good.
-void note_unknown(const View& view, const TaskArguments& task, ContextPack& pack) {
-  for (const std::string& fqn : task.deep_fqns) {
-    if (!view.repository().get_symbol_by_fqn(fqn))
-      pack.notes.emplace_back("deep_fqns: unknown symbol " + fqn);
-  }
+void note_missing_bodies(const View& view, const TaskArguments& task, ContextPack& pack) {
+  for (const std::string& line : cli::missing_bodies(view.repository(), texts(task.deep_fqns), pack))
+    pack.notes.emplace_back("deep_fqns: " + line);
+}
+
+/// That a pack is empty for its budget alone is not to be taken for absence.
+void note_too_dear(std::int64_t least_cost, ContextPack& pack) {
+  if (!pack.symbols.empty() || least_cost == NO_CEILING) return;
+  pack.notes.emplace_back(
+      "Symbols match, but token_budget leaves no room for one: raise it. The smallest costs " +
+      std::to_string(least_cost) + " tokens.");
 }
 
 void note_failure(const Indexing& indexing, ContextPack& pack) {
@@ -153,6 +176,27 @@ Json references_json(const References& references) {
   return json;
 }
 
+std::string path_of(const Symbol& symbol, const PathMap& paths) {
+  const OptionalText path = paths.find(symbol.id().value_or(0));
+  return path ? text::replace_surrogates(*path) : std::string();
+}
+
+/// Of several that bear the name, puts the one at the wanted place first.
+void lead_with_wanted(const SymbolArguments& wanted, const PathMap& paths, std::vector<SymbolPtr>& found) {
+  const auto is_there = [&](const SymbolPtr& symbol) {
+    return (!wanted.file || path_of(*symbol, paths) == *wanted.file) &&
+           (!wanted.line || symbol->start_line() == *wanted.line);
+  };
+  const auto chosen = std::find_if(found.begin(), found.end(), is_there);
+  if (chosen != found.end()) return void(std::rotate(found.begin(), chosen, chosen + 1));
+  std::vector<std::string> places;
+  for (const SymbolPtr& symbol : found) {
+    if (places.size() == MOST_PLACES) break;
+    places.push_back(path_of(*symbol, paths) + ":" + std::to_string(symbol->start_line()));
+  }
+  throw BadArguments(wanted.fqn + " is not there, but at: " + listed(places));
+}
+
 /// A pack of one symbol, with its body whatever that costs.
 ContextPack pack_of(const ContextBuilder& builder, const Repository& repository, const SymbolPtr& symbol,
                     const Source& source) {
@@ -194,8 +238,11 @@ Json languages_json(const storage::IndexStatus& status) {
 }
 
 Json components_json(const storage::IndexStatus& status) {
+  std::vector<storage::ComponentStatus> largest = status.components;
+  std::stable_sort(largest.begin(), largest.end(),
+                   [](const auto& a, const auto& b) { return a.files > b.files; });
   Json json = Json::array();
-  for (const storage::ComponentStatus& component : status.components) {
+  for (const storage::ComponentStatus& component : largest) {
     if (json.size() == MOST_COMPONENTS) break;
     json.push_back({{"name", cli::to_json(Text(component.name))},
                     {"path", cli::to_json(Text(component.path))},
@@ -231,36 +278,39 @@ Json build_pack(Source& source, const TaskArguments& task, const Call& call) {
   builder.set_indexing_status(indexing.in_progress, indexing.progress);
   BuildOptions options = build_options(source, task);
   options.seed_symbols = seeds_of(*view, task, indexing);
+  std::int64_t least_cost = NO_CEILING;
+  options.on_weighed = [&](const Weighed& weighed) { least_cost = std::min(least_cost, weighed.cost); };
   try {
     ContextPack pack = builder.build_context_pack(task.task, options);
-    note_unknown(*view, task, pack);
+    note_missing_bodies(*view, task, pack);
+    note_too_dear(least_cost, pack);
     note_failure(indexing, pack);
     call.report(STEPS, STEPS, "Done");
     return cli::to_json(pack);
   } catch (const UnknownComponent& error) {
     const std::string near = listed(view->components_near(*task.component_filter));
-    throw BadArguments(error.message() + hint(near, indexing, "Action \"status\" lists the components."));
+    throw BadArguments(error.message() +
+                       hint(near, indexing, "Action \"status\" lists the largest components."));
   }
 }
 
 Json show_symbol(Source& source, const SymbolArguments& symbol, const Call& call) {
   const Indexing indexing = source.refresh(call);
   const std::unique_ptr<View> view = source.view(call);
-  const std::vector<SymbolPtr> found = view->symbols_by_fqn(symbol.fqn);
+  std::vector<SymbolPtr> found = symbols_named(*view, symbol.fqn);
   if (found.empty()) refuse_symbol(*view, symbol.fqn, indexing);
   const ConfinedRepository repository(view->repository(), source.root());
+  const auto paths = repository.get_file_paths_batch(found);
+  lead_with_wanted(symbol, *paths, found);
   const retrieval::QueryTokenizer tokenizer;
   LogSink log(call);
   const ContextBuilder builder(repository, tokenizer, nullptr, true, {.logger = &log});
   const ContextPack pack = pack_of(builder, repository, found.front(), source);
-  Json json = symbol_json(pack, pack.symbols.at(0), repository.get_references(symbol.fqn));
-  if (found.size() > 1) {
-    const auto paths = repository.get_file_paths_batch(found);
-    for (auto other = found.begin() + 1; other != found.end(); ++other) {
-      json["others"].push_back({{"kind", cli::to_json((*other)->kind())},
-                                {"file", cli::to_json(paths->find((*other)->id().value_or(0)))},
-                                {"line", (*other)->start_line()}});
-    }
+  Json json = symbol_json(pack, pack.symbols.at(0), repository.get_references(found.front()->fqn()));
+  for (auto other = found.begin() + 1; other != found.end(); ++other) {
+    json["others"].push_back({{"kind", cli::to_json((*other)->kind())},
+                              {"file", path_of(**other, *paths)},
+                              {"line", (*other)->start_line()}});
   }
   if (!pack.notes.empty()) json["notes"] = Json::array({cli::to_json(pack.notes.front())});
   json["indexing_in_progress"] = indexing.in_progress;

@@ -15,7 +15,7 @@ TEST(Arguments, NameTheFault) {
       {{{"action", 1}}, R"("action" must be of type string)"},
       {{{"action", "task"}}, R"("task" is missing)"},
       {{{"action", "symbol"}, {"task", "x"}},
-       R"("task" is not known here; known are "action", "fqn", "repository")"},
+       R"("task" is not known here; known are "action", "fqn", "repository", "file", "line")"},
       {{{"action", "symbol"}}, R"("fqn" is missing)"},
       {{{"action", "task"}, {"task", "x"}, {"token_budget", 99}}, R"("token_budget" must be at least 100)"},
       {{{"action", "task"}, {"task", "x"}, {"token_budget", 1 << 20}},
