@@ -3,6 +3,8 @@
 #include <spdlog/fmt/fmt.h>
 #include <spdlog/spdlog.h>
 
+#include <cstdlib>
+
 #include "cli/failure.h"
 #include "cli/interrupts.h"
 #include "cli/terminal.h"
@@ -34,6 +36,23 @@ fs::path repository_around(const fs::path& start) {
   }
 }
 
+bool is_home(const fs::path& directory) {
+  const char* home = std::getenv("HOME");  // NOLINT(concurrency-mt-unsafe): nothing here sets variables
+  std::error_code error;
+  return home != nullptr && fs::equivalent(directory, home, error);
+}
+
+/// The repository that nobody named. A whole machine or home is never meant, though desktop clients start
+/// servers there, and some people keep their settings in a repository of their home.
+fs::path unnamed_repository() {
+  fs::path root = repository_around(directory("."));
+  if (root == root.root_path() || is_home(root)) {
+    throw Failure(root.string() + ": no repository to index",
+                  {"Call it from inside of one, or name a directory with --repo."});
+  }
+  return root;
+}
+
 class ShownProgress final : public indexing::Progress {
  public:
   void files_done(std::int64_t done, std::int64_t total, std::string_view path) override {
@@ -56,13 +75,19 @@ indexing::Patience patience(const UpdateLimits& limits, std::stop_token stop) {
 
 }  // namespace
 
+CLI::Validator named() {
+  return {[](const std::string& path) { return path.empty() ? "The name is empty" : ""; }, ""};
+}
+
 void add_repository_options(CLI::App& command, RepositoryOptions& options) {
   command
       .add_option("--repo", options.repo,
                   "The repository's directory; default: the one around the working directory")
-      ->type_name("DIR");
+      ->type_name("DIR")
+      ->check(named());
   command.add_option("--index", options.index, "The index file; default: one in the cache folder")
       ->type_name("FILE")
+      ->check(named())
       ->envname("TARNWICK_INDEX");
 }
 
@@ -72,7 +97,7 @@ void add_ignored_option(CLI::App& command, RepositoryOptions& options) {
 
 Location locate(const RepositoryOptions& options) {
   Location location;
-  location.root = options.repo.empty() ? repository_around(directory(".")) : directory(options.repo);
+  location.root = options.repo.empty() ? unnamed_repository() : directory(options.repo);
   location.index_file =
       options.index.empty() ? storage::default_index_file(location.root) : fs::absolute(options.index);
   return location;

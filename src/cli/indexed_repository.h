@@ -20,6 +20,9 @@ struct RepositoryOptions {
   bool ignored = false;
 };
 
+/// Refuses an empty path: a script's variable without a value is not the working directory.
+CLI::Validator named();
+
 /// Adds --repo and --index. --ignored is apart: not every command reads files.
 void add_repository_options(CLI::App& command, RepositoryOptions& options);
 void add_ignored_option(CLI::App& command, RepositoryOptions& options);
@@ -30,7 +33,8 @@ struct Location {
   std::filesystem::path index_file;
 };
 
-/// Finds them. Throws Failure for a directory that is none.
+/// Finds them. Throws Failure for a directory that is none, and for the root directory and the home directory
+/// unless `options` name them.
 Location locate(const RepositoryOptions& options);
 
 /// Reads source files, those in languages of the user's own too.

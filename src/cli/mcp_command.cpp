@@ -142,6 +142,7 @@ void declare_mcp(CLI::App& command) {
       .add_option("--repo", options->repos,
                   "A repository to serve; repeatable; default: the one around the working directory")
       ->type_name("DIR")
+      ->check(named())
       ->allow_extra_args(false);
   command
       .add_option("--index", options->index,

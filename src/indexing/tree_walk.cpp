@@ -2,7 +2,9 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 #include <xxhash.h>
 
@@ -43,6 +45,20 @@ std::int64_t now_ns() {
 bool is_version_control(std::string_view name) {
   constexpr std::array<std::string_view, 6> NAMES = {".git", ".hg", ".svn", ".bzr", "_darcs", "CVS"};
   return std::find(NAMES.begin(), NAMES.end(), name) != NAMES.end();
+}
+
+/// Whether the directory shows what the kernel knows instead of files that someone keeps.
+bool is_of_the_kernel(int directory) {
+  constexpr std::int64_t MESSAGE_QUEUES = 0x19800202;  // these three are in none of the system's headers
+  constexpr std::int64_t CONFIGURATION = 0x62656570;
+  constexpr std::int64_t FUSE_CONTROL = 0x65735543;
+  constexpr std::array<std::int64_t, 17> KINDS = {
+      PROC_SUPER_MAGIC, SYSFS_MAGIC,   CGROUP_SUPER_MAGIC, CGROUP2_SUPER_MAGIC, DEBUGFS_MAGIC,  TRACEFS_MAGIC,
+      SECURITYFS_MAGIC, SELINUX_MAGIC, DEVPTS_SUPER_MAGIC, PSTOREFS_MAGIC,      EFIVARFS_MAGIC, BPF_FS_MAGIC,
+      BINFMTFS_MAGIC,   NSFS_MAGIC,    MESSAGE_QUEUES,     CONFIGURATION,       FUSE_CONTROL};
+  struct ::statfs status = {};
+  return ::fstatfs(directory, &status) == 0 &&
+         std::find(KINDS.begin(), KINDS.end(), static_cast<std::int64_t>(status.f_type)) != KINDS.end();
 }
 
 class Walk {
@@ -86,6 +102,10 @@ class Walk {
       const std::unique_ptr<DIR, int (*)(DIR*)> stream(open_directory(directory), ::closedir);
       if (!stream) {
         entries_.push_back({text::from_os(directory), {}, skips::UNREADABLE});
+        continue;
+      }
+      if (is_of_the_kernel(::dirfd(stream.get()))) {
+        entries_.push_back({text::from_os(directory), {}, skips::OF_THE_KERNEL});
         continue;
       }
       while (const dirent* entry = ::readdir(stream.get())) list_entry(directory, *entry, pending);

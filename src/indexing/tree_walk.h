@@ -31,7 +31,8 @@ struct TreeEntry {
 /// Lists a tree by path, each file once. Within a git work tree git says what is ignored (nested files,
 /// negations, info/exclude and the user's own file included); tracked files are never ignored; repositories
 /// inside, submodules included, follow their own rules. Elsewhere, and without a git program, everything is
-/// listed. Symbolic links are not followed. What cannot be read is listed with its reason; a file that
+/// listed. Symbolic links are not followed, nor file
+/// systems of the kernel's own (/proc) read. What cannot be read is listed with its reason; a file that
 /// vanishes meanwhile is not. Throws std::filesystem::filesystem_error when the root is no directory that can
 /// be read.
 std::vector<TreeEntry> walk_tree(const WalkOptions& options);

@@ -25,6 +25,9 @@ from conftest import PROGRAM, Shop, names, write_tree
         (("context", "--prefer", "klass", "x"), "klass"),
         (("context", "--nope", "x"), "--nope"),
         (("context", "--repo"), "--repo"),
+        (("context", "--repo", "", "x"), "--repo"),
+        (("context", "--index", "", "x"), "--index"),
+        (("mcp", "--repo", ""), "--repo"),
         (("index", "extra"), "extra"),
         (("status", "--full"), "--full"),
     ],
@@ -50,14 +53,10 @@ def test_help_teaches(indexed_shop, command):
         (("--seed", "shop.Cart"), "Unknown symbol: shop.Cart", "shop.cart.Cart"),
         (("--repo", "no/where"), "no/where: No such file or directory", None),
         (("--repo", "pyproject.toml"), "pyproject.toml: not a directory", None),
-        (("--repo", ""), None, None),
     ],
 )
 def test_names_that_lead_nowhere(indexed_shop, arguments, line, help_line):
     done = indexed_shop.run("context", *arguments, "Cart")
-    if line is None:
-        assert done.returncode == 0
-        return
     assert (done.returncode, done.stdout) == (1, b"")
     said = done.stderr.decode().splitlines()
     assert said[0] == line
@@ -75,6 +74,17 @@ def test_nothing_to_index(shop, tmp_path):
     done = shop.run("context", "--repo", str(tmp_path / "empty"), "x")
     assert (done.returncode, done.stdout) == (1, b"")
     assert str(tmp_path / "empty") in done.stderr.decode().splitlines()[0]
+
+
+def test_a_machine_or_a_home_is_indexed_only_when_it_is_named(shop):
+    home = {"HOME": str(shop.root)}
+    for command in (("context", "Cart"), ("mcp",)):
+        for place in ("/", shop.root):
+            done = shop.run(*command, cwd=place, env=home)
+            assert (done.returncode, done.stdout) == (1, b""), place
+            assert done.stderr.decode().splitlines()[0] == f"{place}: no repository to index"
+    assert not shop.cache.exists()
+    assert "shop.cart.Cart" in names(shop.pack("Cart", "--repo", str(shop.root), env=home))
 
 
 def test_a_damaged_index_is_set_aside_and_rebuilt(shop):

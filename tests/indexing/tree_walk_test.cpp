@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 
+#include "indexing/indexer_skips.h"
 #include "support/fakes.h"
 
 namespace tarnwick::testing {
@@ -89,6 +90,9 @@ TEST(TreeWalk, ListsEverythingWhereThereIsNoGit) {
   EXPECT_THAT(tree.paths(), ElementsAre(".gitignore", ".hidden/b.py", "a.py", "deep/er/c.py"))
       << "no git program";
   ::setenv("PATH", programs.c_str(), 1);
+  const auto processes = indexing::walk_tree({.root = "/proc"});
+  ASSERT_EQ(processes.size(), 1U);
+  EXPECT_EQ(processes[0].skip, indexing::skips::OF_THE_KERNEL);
   EXPECT_THROW(tree.paths("missing"), std::filesystem::filesystem_error);
   EXPECT_THROW(tree.paths("a.py"), std::filesystem::filesystem_error);
 }
