@@ -124,6 +124,22 @@ class PatchReader {
   bool in_file_ = false;
 };
 
+std::vector<std::string> lines_of(std::string_view text) {
+  std::vector<std::string> lines;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    lines.emplace_back(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return lines;
+}
+
+std::string joined_lines(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) text.append(line).push_back('\n');
+  return text;
+}
+
 }  // namespace
 
 std::optional<std::string> head_commit(const std::filesystem::path& root, const Patience& patience) {
@@ -134,45 +150,37 @@ std::optional<std::string> head_commit(const std::filesystem::path& root, const 
   return end == GitEnd::finished && is_hash(output) ? std::optional(output) : std::nullopt;
 }
 
-bool is_ancestor(const std::filesystem::path& root, const std::string& old, const std::string& head,
-                 const Patience& patience) {
-  return run_git(root, {"merge-base", "--is-ancestor", old, head}, {}, patience, [](std::string_view) {}) ==
-         GitEnd::finished;
+std::optional<std::vector<std::string>> list_commits(const std::filesystem::path& root,
+                                                     const std::string& head, std::size_t limit,
+                                                     const Patience& patience) {
+  std::string output;
+  const GitEnd end =
+      run_git(root, {"rev-list", "--no-merges", "--max-count=" + std::to_string(limit), head, "--"}, {},
+              patience, [&](std::string_view piece) { output += piece; });
+  return end == GitEnd::finished ? std::optional(lines_of(output)) : std::nullopt;
 }
 
-std::vector<Commit> read_commits(const std::filesystem::path& root, const std::string& head,
-                                 const std::string& known, std::size_t limit, const Patience& patience) {
-  std::vector<std::string> arguments = {"log",
-                                        "--no-merges",
-                                        "--no-renames",
-                                        "--name-only",
-                                        "-z",
-                                        "--relative",
-                                        "--no-show-signature",
-                                        "--no-color",
-                                        "--encoding=UTF-8",
-                                        "--max-count=" + std::to_string(limit),
-                                        "--format=%x01%H%x02%s%x02",
-                                        head};
-  if (!known.empty()) arguments.push_back("^" + known);
-  arguments.emplace_back("--");
+std::vector<Commit> read_commits(const std::filesystem::path& root, const std::vector<std::string>& hashes,
+                                 const Patience& patience) {
+  if (hashes.empty()) return {};
   LogReader reader;
   const GitEnd end =
-      run_git(root, arguments, {}, patience, [&](std::string_view piece) { reader.take(piece); });
+      run_git(root,
+              {"log", "--stdin", "--no-walk=unsorted", "--no-renames", "--name-only", "-z", "--relative",
+               "--no-show-signature", "--no-color", "--encoding=UTF-8", "--format=%x01%H%x02%s%x02", "--"},
+              joined_lines(hashes), patience, [&](std::string_view piece) { reader.take(piece); });
   return reader.commits(end == GitEnd::finished);
 }
 
 void read_touched(const std::filesystem::path& root, const std::vector<std::string>& hashes,
                   const Patience& patience,
                   const std::function<void(const std::string&, std::vector<Touched>)>& visit) {
-  std::string input;
-  for (const std::string& hash : hashes) input.append(hash).push_back('\n');
   PatchReader reader(visit);
   const GitEnd end =
       run_git(root,
               {"diff-tree", "--stdin", "-r", "--root", "-p", "-U0", "--no-renames", "--relative",
                "--no-color", "--no-ext-diff", "--no-textconv", "--src-prefix=a/", "--dst-prefix=b/"},
-              input, patience, [&](std::string_view piece) { reader.take(piece); });
+              joined_lines(hashes), patience, [&](std::string_view piece) { reader.take(piece); });
   if (end == GitEnd::finished) reader.finish_commit();
 }
 

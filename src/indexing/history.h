@@ -31,14 +31,15 @@ struct Touched {
 /// repository, no commit or no git.
 std::optional<std::string> head_commit(const std::filesystem::path& root, const Patience& patience);
 
-/// Whether `old` leads to `head`.
-bool is_ancestor(const std::filesystem::path& root, const std::string& old, const std::string& head,
-                 const Patience& patience);
+/// The hashes of the last `limit` commits that lead to `head`, newest first: a function of `head` alone.
+/// Nothing when git fails or patience is over.
+std::optional<std::vector<std::string>> list_commits(const std::filesystem::path& root,
+                                                     const std::string& head, std::size_t limit,
+                                                     const Patience& patience);
 
-/// The last `limit` commits that lead to `head`, newest first, without those that lead to `known` (when not
-/// empty). As many as patience allows; none where there are none.
-std::vector<Commit> read_commits(const std::filesystem::path& root, const std::string& head,
-                                 const std::string& known, std::size_t limit, const Patience& patience);
+/// The commits of `hashes`, in that order: as many as patience allows.
+std::vector<Commit> read_commits(const std::filesystem::path& root, const std::vector<std::string>& hashes,
+                                 const Patience& patience);
 
 /// Calls `visit` for each of `hashes` in turn, as far as patience allows, with what the commit touched below
 /// the root.

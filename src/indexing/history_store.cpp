@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -21,23 +23,36 @@ using storage::Connection;
 
 using TouchedByCommit = std::unordered_map<std::string, std::vector<Touched>>;
 
-/// What the index file knows already.
-struct Known {
-  std::string head;                    ///< empty: nothing
-  std::vector<std::string> untouched;  ///< commits of which it was not read what they touched, newest first
+/// A commit in the index file.
+struct Stored {
+  std::int64_t id = 0;
+  std::size_t files = 0;
+  bool touched_read = false;
 };
 
-/// What git had to add.
+/// What the index file knows already.
+struct Known {
+  std::string head;  ///< empty: nothing, or not all
+  std::unordered_map<std::string, Stored> commits;
+};
+
+/// What git says.
 struct Fresh {
   std::string head;
-  bool replaces = false;  ///< the known history is not this one's past
-  std::vector<Commit> commits;
+  std::vector<std::string> order;  ///< all that is to be kept, newest first
+  std::unordered_map<std::string, Commit>
+      commits;  ///< those that the index file lacks, as far as they were read
   TouchedByCommit touched;
 };
 
 void run(SQLite::Statement& statement) {
   statement.exec();
   statement.reset();
+}
+
+/// A commit that touched nothing below the root, or too much, is known by its hash only.
+bool is_telling(std::size_t files) {
+  return files > 0 && files <= MOST_COMMIT_FILES;
 }
 
 std::string stored_head(Connection& connection) {
@@ -48,17 +63,26 @@ std::string stored_head(Connection& connection) {
   return head;
 }
 
-Known known_history(const HistoryOptions& options) {
+std::unordered_map<std::string, Stored> stored_commits(Connection& connection) {
+  std::unordered_map<std::string, Stored> commits;
+  SQLite::Statement& query = connection.prepare("SELECT hash, id, files, touched_read FROM commits");
+  while (query.executeStep()) {
+    commits.emplace(query.getColumn(0).getString(),
+                    Stored{.id = query.getColumn(1).getInt64(),
+                           .files = static_cast<std::size_t>(query.getColumn(2).getInt64()),
+                           .touched_read = query.getColumn(3).getInt() != 0});
+  }
+  query.reset();
+  return commits;
+}
+
+/// The commits are left out when the head says that nothing is new.
+Known known_history(const HistoryOptions& options, const std::string& head) {
   try {
     const auto connection = storage::open_for_reading(options.index_file);
     return connection->guard([&] {
       Known known{stored_head(*connection), {}};
-      SQLite::Statement& query =
-          connection->prepare("SELECT hash, touched_read FROM commits ORDER BY id DESC LIMIT ?");
-      query.bind(1, static_cast<std::int64_t>(options.touched));
-      while (query.executeStep())
-        if (query.getColumn(1).getInt() == 0) known.untouched.push_back(query.getColumn(0).getString());
-      query.reset();
+      if (known.head != head) known.commits = stored_commits(*connection);
       return known;
     });
   } catch (const storage::IndexError& error) {
@@ -70,13 +94,32 @@ Known known_history(const HistoryOptions& options) {
   }
 }
 
+std::unordered_map<std::string, Commit> missing_commits(const HistoryOptions& options, const Known& known,
+                                                        const std::vector<std::string>& order) {
+  std::vector<std::string> hashes;
+  for (const std::string& hash : order)
+    if (!known.commits.contains(hash)) hashes.push_back(hash);
+  std::unordered_map<std::string, Commit> commits;
+  for (Commit& commit : read_commits(options.root, hashes, options.patience)) {
+    std::string hash = commit.hash;
+    commits.emplace(std::move(hash), std::move(commit));
+  }
+  return commits;
+}
+
 /// The commits of which it is to be read what they touched, newest first.
 std::vector<std::string> wanted(const HistoryOptions& options, const Known& known, const Fresh& fresh) {
   std::vector<std::string> hashes;
-  for (const Commit& commit : fresh.commits)
-    if (!commit.files.empty() && commit.files.size() <= MOST_COMMIT_FILES) hashes.push_back(commit.hash);
-  if (!fresh.replaces) hashes.insert(hashes.end(), known.untouched.begin(), known.untouched.end());
-  hashes.resize(std::min(hashes.size(), options.touched));
+  std::size_t telling = 0;
+  for (const std::string& hash : fresh.order) {
+    const auto stored = known.commits.find(hash);
+    const auto commit = fresh.commits.find(hash);
+    if (stored == known.commits.end() && commit == fresh.commits.end()) continue;
+    const bool is_known = stored != known.commits.end();
+    if (!is_telling(is_known ? stored->second.files : commit->second.files.size())) continue;
+    if (++telling > options.touched) break;
+    if (!is_known || !stored->second.touched_read) hashes.push_back(hash);
+  }
   return hashes;
 }
 
@@ -94,90 +137,108 @@ TouchedByCommit touched_by(const HistoryOptions& options, const std::vector<std:
   return result;
 }
 
-std::optional<Fresh> read_fresh(const HistoryOptions& options, const Known& known) {
-  const std::optional<std::string> head = head_commit(options.root, options.patience);
-  if (!head || (*head == known.head && known.untouched.empty())) return std::nullopt;
-  Fresh fresh;
-  fresh.head = *head;
-  fresh.replaces = known.head.empty() ||
-                   (*head != known.head && !is_ancestor(options.root, known.head, *head, options.patience));
-  if (*head != known.head)
-    fresh.commits = read_commits(options.root, *head, fresh.replaces ? std::string() : known.head,
-                                 options.commits, options.patience);
+std::optional<Fresh> read_fresh(const HistoryOptions& options, const Known& known, const std::string& head) {
+  std::optional<std::vector<std::string>> order =
+      list_commits(options.root, head, options.commits, options.patience);
+  if (!order) return std::nullopt;
+  Fresh fresh{.head = head, .order = std::move(*order), .commits = {}, .touched = {}};
+  fresh.commits = missing_commits(options, known, fresh.order);
   fresh.touched = touched_by(options, wanted(options, known, fresh));
   return fresh;
 }
 
 class HistoryWriter {
  public:
-  HistoryWriter(Connection& connection, const Fresh& fresh) : connection_(&connection), fresh_(&fresh) {}
+  HistoryWriter(Connection& connection, const Fresh& fresh)
+      : connection_(&connection), fresh_(&fresh), stored_(stored_commits(connection)) {}
 
-  void write(const HistoryOptions& options) {
-    if (fresh_->replaces)
-      connection_->execute(
-          "DELETE FROM commits; DELETE FROM commit_files; DELETE FROM commit_paths; "
-          "DELETE FROM commit_search");
-    std::int64_t id = connection_->number("SELECT max(id) FROM commits") +
-                      static_cast<std::int64_t>(fresh_->commits.size());
-    const std::int64_t oldest = id - static_cast<std::int64_t>(options.commits);
-    for (const Commit& commit : fresh_->commits) add(commit, id--);
-    fill_in();
-    drop_until(oldest);
+  /// `complete`: nothing is left for a later call.
+  void write(const HistoryOptions& options, bool complete) {
+    drop_others();
+    put_in_order();
+    for (const auto& [hash, touched] : fresh_->touched) fill_in(hash, touched);
+    forget_touched(options.touched);
+    connection_->execute("DELETE FROM commit_paths WHERE id NOT IN (SELECT path_id FROM commit_files)");
     SQLite::Statement& meta = connection_->prepare("INSERT OR REPLACE INTO meta (key, value) VALUES (?, ?)");
     meta.bind(1, storage::meta_keys::HISTORY_HEAD);
-    meta.bind(2, fresh_->head);
+    meta.bind(2, complete ? fresh_->head : std::string());
     run(meta);
   }
 
  private:
+  template <class... Values>
+  void change(const char* sql, const Values&... values) {
+    SQLite::Statement& statement = connection_->prepare(sql);
+    int place = 0;
+    (statement.bind(++place, values), ...);
+    run(statement);
+  }
+
+  void drop_others() {
+    const std::unordered_set<std::string_view> kept(fresh_->order.begin(), fresh_->order.end());
+    std::erase_if(stored_, [&](const auto& each) {
+      if (kept.contains(each.first)) return false;
+      change("DELETE FROM commits WHERE id = ?", each.second.id);
+      change("DELETE FROM commit_files WHERE commit_id = ?", each.second.id);
+      change("DELETE FROM commit_search WHERE rowid = ?", each.second.id);
+      return true;
+    });
+  }
+
+  /// A newer commit has a greater id. Those of a merged branch may belong between stored ones, which then
+  /// move behind them: from the first that is out of its place, all get new ids.
+  void put_in_order() {
+    std::int64_t last = 0;
+    std::int64_t next = connection_->number("SELECT max(id) FROM commits");
+    bool in_place = true;
+    for (auto hash = fresh_->order.rbegin(); hash != fresh_->order.rend(); ++hash) {
+      const auto stored = stored_.find(*hash);
+      const auto read = fresh_->commits.find(*hash);
+      if (stored == stored_.end() && read == fresh_->commits.end()) continue;
+      in_place = in_place && stored != stored_.end() && stored->second.id > last;
+      if (in_place) {
+        last = stored->second.id;
+      } else if (stored != stored_.end()) {
+        move(stored->second.id, ++next);
+        stored->second.id = next;
+      } else {
+        add(read->second, ++next);
+        stored_.emplace(*hash, Stored{.id = next, .files = read->second.files.size()});
+      }
+    }
+  }
+
+  void move(std::int64_t from, std::int64_t to) {
+    change("UPDATE commits SET id = ? WHERE id = ?", to, from);
+    change("UPDATE commit_files SET commit_id = ? WHERE commit_id = ?", to, from);
+    change("UPDATE commit_search SET rowid = ? WHERE rowid = ?", to, from);
+  }
+
   void add(const Commit& commit, std::int64_t id) {
-    if (commit.files.empty() || commit.files.size() > MOST_COMMIT_FILES) return;
-    SQLite::Statement& insert =
-        connection_->prepare("INSERT INTO commits (id, hash, files, touched_read) VALUES (?, ?, ?, 0)");
-    insert.bind(1, id);
-    insert.bind(2, commit.hash);
-    insert.bind(3, static_cast<std::int64_t>(commit.files.size()));
-    run(insert);
+    change("INSERT INTO commits (id, hash, files, touched_read) VALUES (?, ?, ?, 0)", id, commit.hash,
+           static_cast<std::int64_t>(commit.files.size()));
+    if (!is_telling(commit.files.size())) return;
     std::string words;
     retrieval::search_words(commit.subject,
                             [&](std::string_view word) { words.append(word).push_back(' '); });
-    SQLite::Statement& search =
-        connection_->prepare("INSERT INTO commit_search (rowid, subject) VALUES (?, ?)");
-    search.bind(1, id);
-    search.bind(2, words);
-    run(search);
+    change("INSERT INTO commit_search (rowid, subject) VALUES (?, ?)", id, words);
     for (const std::string& file : commit.files) add_file(id, file, "");
   }
 
   void add_file(std::int64_t commit, const std::string& file, const std::string& names) {
-    SQLite::Statement& path = connection_->prepare("INSERT OR IGNORE INTO commit_paths (path) VALUES (?)");
-    path.bind(1, file);
-    run(path);
-    SQLite::Statement& insert = connection_->prepare(
+    change("INSERT OR IGNORE INTO commit_paths (path) VALUES (?)", file);
+    change(
         "INSERT OR REPLACE INTO commit_files (commit_id, path_id, names) "
-        "SELECT ?, id, ? FROM commit_paths WHERE path = ?");
-    insert.bind(1, commit);
-    insert.bind(2, names);
-    insert.bind(3, file);
-    run(insert);
+        "SELECT ?, id, ? FROM commit_paths WHERE path = ?",
+        commit, names, file);
   }
 
-  /// Adds what commits touched, those that were stored earlier included.
-  void fill_in() {
-    std::vector<std::pair<std::int64_t, std::string>> open;
-    SQLite::Statement& query = connection_->prepare("SELECT id, hash FROM commits WHERE touched_read = 0");
-    while (query.executeStep())
-      open.emplace_back(query.getColumn(0).getInt64(), query.getColumn(1).getString());
-    query.reset();
-    for (const auto& [id, hash] : open) {
-      const auto found = fresh_->touched.find(hash);
-      if (found == fresh_->touched.end()) continue;
-      for (const Touched& touched : found->second)
-        if (!touched.names.empty()) add_file(id, touched.file, joined(touched.names));
-      SQLite::Statement& mark = connection_->prepare("UPDATE commits SET touched_read = 1 WHERE id = ?");
-      mark.bind(1, id);
-      run(mark);
-    }
+  void fill_in(const std::string& hash, const std::vector<Touched>& files) {
+    const auto commit = stored_.find(hash);
+    if (commit == stored_.end()) return;
+    for (const Touched& touched : files)
+      if (!touched.names.empty()) add_file(commit->second.id, touched.file, joined(touched.names));
+    change("UPDATE commits SET touched_read = 1 WHERE id = ?", commit->second.id);
   }
 
   static std::string joined(const std::vector<std::string>& names) {
@@ -186,27 +247,34 @@ class HistoryWriter {
     return result;
   }
 
-  void drop_until(std::int64_t oldest) {
-    for (const char* sql :
-         {"DELETE FROM commits WHERE id <= ?", "DELETE FROM commit_files WHERE commit_id <= ?",
-          "DELETE FROM commit_search WHERE rowid <= ?"}) {
-      SQLite::Statement& statement = connection_->prepare(sql);
-      statement.bind(1, oldest);
-      run(statement);
-    }
+  /// Of all but the newest `kept` commits: what they touched weighs in a ranking, so that what was read of
+  /// them earlier would tell an updated index from a fresh one.
+  void forget_touched(std::size_t kept) {
+    SQLite::Statement& query = connection_->prepare(
+        "SELECT id FROM commits WHERE files BETWEEN 1 AND ? ORDER BY id DESC LIMIT 1 OFFSET ?");
+    query.bind(1, static_cast<std::int64_t>(MOST_COMMIT_FILES));
+    query.bind(2, static_cast<std::int64_t>(kept));
+    const std::int64_t newest = query.executeStep() ? query.getColumn(0).getInt64() : 0;
+    query.reset();
+    change("UPDATE commit_files SET names = '' WHERE commit_id <= ? AND names <> ''", newest);
+    change("UPDATE commits SET touched_read = 0 WHERE id <= ? AND touched_read", newest);
   }
 
   Connection* connection_;
   const Fresh* fresh_;
+  std::unordered_map<std::string, Stored> stored_;
 };
 
 }  // namespace
 
 HistoryReport update_history(const HistoryOptions& options) {
-  const Known known = known_history(options);
-  const std::optional<Fresh> fresh = read_fresh(options, known);
-  if (!fresh) return {};
+  const std::optional<std::string> head = head_commit(options.root, options.patience);
+  if (!head) return {.complete = !options.patience.is_over()};
+  const Known known = known_history(options, *head);
+  if (known.head == *head) return {};
+  const std::optional<Fresh> fresh = read_fresh(options, known, *head);
   const bool complete = !options.patience.is_over();
+  if (!fresh) return {.complete = complete};
   const storage::WriterLock lock(options.index_file, options.patience.stop);
   const storage::OpenedIndex index = storage::open_for_writing(options.index_file);
   Connection& connection = *index.connection;
@@ -214,7 +282,7 @@ HistoryReport update_history(const HistoryOptions& options) {
     SQLite::Transaction transaction(connection.database(), SQLite::TransactionBehavior::IMMEDIATE);
     // Another process may have written its findings meanwhile; they are as good as these.
     if (stored_head(connection) != known.head) return;
-    HistoryWriter(connection, *fresh).write(options);
+    HistoryWriter(connection, *fresh).write(options, complete);
     connection.note_change();
     transaction.commit();
   });

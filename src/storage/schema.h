@@ -18,7 +18,8 @@
 //   Tables without
 //                               content: they answer rowids and bm25(), no text. The fullest column comes
 //                               first, for which an entry needs no mark.
-//   commits(id, hash, files, …)  past commits that changed few files; a newer one has a greater id
+//   commits(id, hash, files, …)  past commits; a newer one has a greater id. One that changed no file of the
+//                               tree, or many, has no further rows
 //   commit_files(…, names)      the files of a commit and, blank-separated, the names of what it touched
 //   there commit_paths(id, path)      their paths, which need not be in the tree any more commit_search FTS5
 //   over the words of commit subjects, rowid = commit id
@@ -31,7 +32,7 @@ namespace tarnwick::storage {
 
 /// Counts up with every change of tables, of what is put in them, or of extraction: an older index is
 /// rebuilt.
-inline constexpr int SCHEMA_VERSION = 4;
+inline constexpr int SCHEMA_VERSION = 5;
 
 /// "tarn" in the header of the file; frozen.
 inline constexpr int APPLICATION_ID = 0x7461726E;
@@ -58,7 +59,7 @@ inline constexpr const char* READER = "reader";          ///< version of the ext
 inline constexpr const char* GIT_HEAD = "git_head";      ///< the commit checked out then; absent without git
 inline constexpr const char* FILES_TO_INDEX =
     "files_total";  ///< of a first indexing under way; absent when complete
-inline constexpr const char* HISTORY_HEAD = "history_head";  ///< the commit up to which history was read
+inline constexpr const char* HISTORY_HEAD = "history_head";  ///< the commit up to which history was read whole
 }  // namespace meta_keys
 
 extern const char* const SCHEMA;

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "storage/index_dump.h"
 #include "storage/indexed_tree.h"
 #include "workers/retrieval/index_retriever.h"
 
@@ -15,7 +16,6 @@ namespace {
 
 using tarnwick::testing::IndexedTree;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 /// A tree under version control.
@@ -31,9 +31,9 @@ class HistoryTest : public ::testing::Test {
   }
 
   void git(const std::string& arguments) const {
-    const std::string command = "git -C '" + tree.root().string() +
-                                "' -c user.name=A -c user.email=a@b -c commit.gpgsign=false " + arguments +
-                                " >/dev/null 2>&1";
+    const std::string command =
+        "GIT_COMMITTER_DATE='" + std::to_string(++clock) + " +0000' git -C '" + tree.root().string() +
+        "' -c user.name=A -c user.email=a@b -c commit.gpgsign=false " + arguments + " >/dev/null 2>&1";
     ASSERT_EQ(std::system(command.c_str()), 0) << command;  // NOLINT(concurrency-mt-unsafe,cert-env33-c)
   }
   void write(const std::string& path, std::string_view content) const { tree.write(path, content); }
@@ -62,6 +62,7 @@ class HistoryTest : public ::testing::Test {
   }
 
   IndexedTree tree;
+  mutable int clock = 1'700'000'000;  // each commit is newer than the one before
 };
 
 TEST_F(HistoryTest, PastCommitsPointAtWhatTheyChanged) {
@@ -100,13 +101,50 @@ TEST_F(HistoryTest, ARewrittenPastReplacesTheKnownOne) {
   EXPECT_THAT(subjects(), ElementsAre("oth word ", "start "));
 }
 
+TEST_F(HistoryTest, AnUpdatedHistoryEqualsAFreshOne) {
+  HistoryOptions few = options();
+  few.commits = 5;
+  few.touched = 2;
+  const auto equals_fresh = [&] {
+    tree.update();
+    update_history(few);
+    const auto updated = tarnwick::testing::dump(few.index_file);
+    HistoryOptions fresh = few;
+    fresh.index_file += ".fresh";
+    std::filesystem::remove(fresh.index_file);
+    tree.update([&](indexing::IndexOptions& other) { other.index_file = fresh.index_file; });
+    update_history(fresh);
+    return updated == tarnwick::testing::dump(fresh.index_file);
+  };
+  update_history(few);
+  git("checkout -q -b side");
+  write("src/pool.toy", "pub fn acquire\nmore()\nend\npub fn release\nnew()\nend\n");
+  commit("A branch that is merged later");
+  git("checkout -q -");
+  for (int i = 0; i < 3; ++i) {
+    const std::string number = std::to_string(i);
+    write("src/other.toy", "pub fn unrelated\nmore" + number + "()\nend\n");
+    write("src/gone" + number + ".toy", "pub fn gone\nend\n");
+    commit("Change " + number);
+    EXPECT_TRUE(equals_fresh()) << i;
+  }
+  git("merge -q -m Merge side");
+  EXPECT_TRUE(equals_fresh()) << "commits between known ones";
+  git("commit -q --allow-empty -m Nothing");
+  EXPECT_TRUE(equals_fresh()) << "a commit without files";
+  git("reset -q --hard HEAD~3");
+  EXPECT_TRUE(equals_fresh()) << "an older state";
+}
+
 TEST_F(HistoryTest, PathsAreThoseBelowTheRoot) {
   tree.update();
   HistoryOptions below = options();
   below.root /= "src";
   const auto head = head_commit(below.root, {});
   ASSERT_TRUE(head);
-  EXPECT_THAT(read_commits(below.root, *head, "", 1, {})[0].files, ElementsAre("pool.toy"));
+  const auto newest = list_commits(below.root, *head, 1, {});
+  ASSERT_TRUE(newest);
+  EXPECT_THAT(read_commits(below.root, *newest, {})[0].files, ElementsAre("pool.toy"));
 }
 
 TEST_F(HistoryTest, GivesUpInTimeAndGoesOnLater) {
@@ -127,10 +165,10 @@ TEST(History, IsNoErrorWhereThereIsNone) {
   EXPECT_FALSE(retrieval::IndexRetriever(repository).retrieve("a", 25, false).note);
 }
 
-TEST(ReadCommits, SurvivesARepositoryWithoutCommits) {
+TEST(ListCommits, SurvivesARepositoryWithoutCommits) {
   const tarnwick::testing::TempFolder folder;
   EXPECT_FALSE(head_commit(folder.path(), {}));
-  EXPECT_THAT(read_commits(folder.path(), "HEAD", "", 10, {}), IsEmpty());
+  EXPECT_FALSE(list_commits(folder.path(), "HEAD", 10, {}));
 }
 
 }  // namespace

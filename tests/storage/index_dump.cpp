@@ -28,6 +28,12 @@ constexpr const char* QUERIES[] = {
     "FROM file_words AS w LEFT JOIN files AS f ON f.id = doc",
     "SELECT 'symbol sizes', hex(block) FROM symbol_search_data WHERE id = 1",
     "SELECT 'file sizes', hex(block) FROM file_search_data WHERE id = 1",
+    "SELECT 'commit', row_number() OVER (ORDER BY c.id), hash, files, touched_read, subject "
+    "FROM commits AS c LEFT JOIN commit_search AS s ON s.rowid = c.id",
+    "SELECT 'commit file', hash, path, names FROM commit_files LEFT JOIN commits AS c ON c.id = commit_id "
+    "LEFT JOIN commit_paths AS p ON p.id = path_id",
+    "SELECT 'commit path', path FROM commit_paths",
+    "SELECT 'commit subjects', count(*) FROM commit_search",
     "SELECT 'complete', count(*) FROM meta WHERE key IN ('root', 'indexed_at')",
 };
 
