@@ -61,7 +61,6 @@ struct Plan {
   std::int64_t added = 0;
   std::int64_t changed = 0;
   std::int64_t removed = 0;
-  bool manifests = false;  ///< whether a manifest is among them
 
   bool empty() const { return removals.empty() && jobs.empty(); }
 };
@@ -193,7 +192,6 @@ class Update {
       if (found == by_path.end()) {
         ++plan.added;
         plan.jobs.push_back({next_id++, entry.path, entry.skip});
-        plan.manifests = plan.manifests || is_manifest(entry.path);
         continue;
       }
       const StoredFile& file = *found->second;
@@ -203,7 +201,6 @@ class Update {
     for (const auto& [path, file] : by_path) {
       ++plan.removed;
       plan.removals.push_back(file->id);
-      plan.manifests = plan.manifests || is_manifest(path);
     }
     std::sort(plan.removals.begin(), plan.removals.end());
     std::sort(plan.jobs.begin(), plan.jobs.end(),
@@ -223,7 +220,6 @@ class Update {
     ++plan.changed;
     plan.removals.push_back(file.id);
     plan.jobs.push_back({file.id, entry.path, entry.skip});
-    plan.manifests = plan.manifests || is_manifest(entry.path);
   }
 
   void note_touched(const Plan& plan) {
@@ -246,7 +242,7 @@ class Update {
       report_.first ? writer_.commit() : writer_.roll_back();
       return;
     }
-    if (plan.manifests || report_.first || full_ || plan.added + plan.removed > 0) update_components(entries);
+    update_components(entries);
     writer_.drop_unused_names();
     writer_.set_meta(storage::meta_keys::INDEXED_AT, now_ns() / 1'000'000'000);
     writer_.remove_meta(storage::meta_keys::FILES_TO_INDEX);

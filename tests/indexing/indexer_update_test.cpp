@@ -94,6 +94,15 @@ TEST(IndexerUpdate, AnyHistoryOfEditsEndsWithTheContentOfAFreshIndex) {
   EXPECT_EQ(dump(tree.index_file()), fresh_dump(tree)) << "after --full";
 }
 
+TEST(IndexerUpdate, AnEditedFileStaysInItsComponent) {
+  const IndexedTree tree;
+  tree.write("part/a.toy", "fn one\nend\n");
+  tree.update();
+  tree.write("part/a.toy", "fn other\nend\n");
+  tree.update();
+  EXPECT_EQ(dump(tree.index_file()), fresh_dump(tree));
+}
+
 TEST(IndexerUpdate, ReadsOnlyWhatChanged) {
   const IndexedTree tree;
   for (const char* name : {"a.toy", "b.toy", "c.toy"}) tree.write(name, "fn one\nend\n");
