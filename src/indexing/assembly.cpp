@@ -331,8 +331,10 @@ class Assembler {
     definition.start_byte = raw.range.start;
     definition.end_byte = end;
     const Range head{raw.range.start, raw.body.value_or(end)};
-    definition.signature = signature_of(text_, head, attachments_.within(head),
-                                        is_data(raw.kind) ? MAX_DATA_SIGNATURE_BYTES : MAX_SIGNATURE_BYTES);
+    definition.signature =
+        signature_of(text_, head, attachments_.within(head),
+                     {.max_bytes = is_data(raw.kind) ? MAX_DATA_SIGNATURE_BYTES : MAX_SIGNATURE_BYTES,
+                      .lines_end_members = language_.lines_end_members});
   }
 
   void enter(const RawScope& scope) {

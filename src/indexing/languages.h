@@ -40,6 +40,7 @@ struct Language {
   std::string_view test_directories = {};  ///< names, besides those that mean tests in any language
   bool upper_case_constants = false;       ///< an all-upper-case variable is a constant
   bool has_attribute_macros = false;       ///< attribute_macros.h
+  bool lines_end_members = false;          ///< in braces, the end of a line parts members as a semicolon does
   bool is_document = false;  ///< documentation or data: found only by searches beyond source code
 };
 

@@ -16,9 +16,11 @@ bool is_word(char c) {
 }
 
 /// Appends text with its white space folded: a run becomes one blank, or nothing inside a bracket where a
-/// line ended.
+/// line ended. Where the end of a line parts the members in braces, a semicolon takes its place.
 class Folder {
  public:
+  explicit Folder(bool lines_end_members) : lines_end_members_(lines_end_members) {}
+
   void add(std::string_view piece, std::size_t limit) {
     for (std::size_t i = 0; i < piece.size() && result_.size() < limit; ++i) add(piece[i]);
   }
@@ -35,11 +37,32 @@ class Folder {
     const bool closes = c == ')' || c == ']';
     if (closes && line_ended_ && result_.ends_with(',')) result_.pop_back();
     const bool opened = result_.ends_with('(') || result_.ends_with('[');
+    if (line_ended_ && parts_members(c)) result_ += ';';
     if (pending_ && !result_.empty() && !(line_ended_ && (closes || opened))) result_ += ' ';
     pending_ = line_ended_ = false;
     result_ += c;
+    nest(c);
   }
 
+  /// Whether what stands before a line's end is whole, and `next` begins anew rather than going on with it.
+  bool parts_members(char next) const {
+    if (!lines_end_members_ || !open_.ends_with('{')) return false;
+    if (result_.ends_with("=>") || result_.ends_with("->")) return false;
+    const char last = result_.back();
+    const bool is_whole = is_word(last) || std::string_view(")]}>\"'`").find(last) != std::string_view::npos;
+    return is_whole && (is_word(next) || next == '[' || next == '"' || next == '\'');
+  }
+
+  void nest(char c) {
+    constexpr std::string_view OPENING = "([{";
+    constexpr std::string_view CLOSING = ")]}";
+    if (OPENING.find(c) != std::string_view::npos) open_ += c;
+    const std::size_t closing = CLOSING.find(c);
+    if (closing != std::string_view::npos && open_.ends_with(OPENING[closing])) open_.pop_back();
+  }
+
+  bool lines_end_members_;
+  std::string open_;  // the brackets around the next character
   std::string result_;
   bool pending_ = false;
   bool line_ended_ = false;
@@ -70,9 +93,10 @@ void drop_opening(std::string& signature) {
 }  // namespace
 
 std::string signature_of(std::string_view text, Range range, std::span<const Attachment> left_out,
-                         std::size_t max_bytes) {
+                         const SignatureStyle& style) {
+  const auto max_bytes = style.max_bytes;
   const auto limit = max_bytes + 1;
-  Folder folder;
+  Folder folder(style.lines_end_members);
   auto position = range.start;
   for (const auto& hole : left_out) {
     if (hole.range.start < position) continue;

@@ -52,3 +52,10 @@ func (t *T[K]) Get(
 	return t.other(func() {})
 }
 func gen[T any](x T) {}
+
+func inline(point struct {
+	X, Y int
+	tag string
+}, rest ...int,
+) {
+}

@@ -39,3 +39,11 @@ export const config = { name: 'a', setup() { }, run: () => 1 }
 export { local }
 declare global { interface Window { foo: string } }
 export declare function dd(a: string): void;
+export async function transform(code: string): Promise<{
+  code: string // of the module
+  map?:
+    | string
+    | null
+  "a b": number[]
+  [key: string]: unknown
+} | undefined> { return undefined }
