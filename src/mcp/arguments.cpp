@@ -69,7 +69,7 @@ Json properties() {
       {"token_budget", budget()},
       {"include_snippets", flag(false, "task: add code to the entries, 50 lines of each at most.")},
       {"component_filter",
-       text("task: only this component (a package or directory; status lists the largest).")},
+       text("task: only this component (a package, by name or path; status lists the largest).")},
       {"prefer_kinds", kinds()},
       {"seed_symbols",
        names("task: qualified names of symbols that lead the pack in this order, instead of the "

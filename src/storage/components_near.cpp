@@ -2,6 +2,7 @@
 #include <array>
 #include <numeric>
 #include <tuple>
+#include <unordered_set>
 
 #include "storage/stored_repository.h"
 #include "text/lowercase.h"
@@ -32,13 +33,16 @@ std::size_t edit_distance(std::string_view a, std::string_view b) {
 std::vector<std::string> StoredRepository::components_near(std::string_view name, std::size_t limit) const {
   return connection_->guard([&] {
     const std::string wanted = text::lowercase(name).substr(0, MAX_COMPARED);
-    SQLite::Statement& query =
-        connection_->prepare("SELECT name FROM components UNION SELECT path FROM components");
+    // One that shares its name is told by its path, however it was asked for.
+    SQLite::Statement& query = connection_->prepare(
+        "SELECT name, iif(count(*) OVER (PARTITION BY name) = 1, name, path) FROM components "
+        "UNION SELECT path, path FROM components WHERE name <> path");
     std::vector<std::tuple<bool, std::size_t, std::string>> near;
     while (query.executeStep()) {
-      std::string candidate = query.getColumn(0).getString();
+      const std::string asked = query.getColumn(0).getString();
+      std::string candidate = query.getColumn(1).getString();
       if (candidate.empty()) continue;
-      const std::string lower = text::lowercase(candidate).substr(0, MAX_COMPARED);
+      const std::string lower = text::lowercase(asked).substr(0, MAX_COMPARED);
       const bool inside = !wanted.empty() && lower.find(wanted) != std::string::npos;
       const std::size_t distance = edit_distance(wanted, lower);
       if (inside || distance <= std::max<std::size_t>(2, wanted.size() / 3)) {
@@ -47,6 +51,8 @@ std::vector<std::string> StoredRepository::components_near(std::string_view name
     }
     query.reset();
     std::sort(near.begin(), near.end());
+    std::unordered_set<std::string> seen;
+    std::erase_if(near, [&](const auto& entry) { return !seen.insert(std::get<std::string>(entry)).second; });
     if (near.size() > limit) near.resize(limit);
     std::vector<std::string> names;
     for (auto& entry : near) names.push_back(std::move(std::get<std::string>(entry)));

@@ -93,15 +93,18 @@ SymbolMatches StoredRepository::search_symbols(const Text& pattern, std::int64_t
 
 std::optional<Component> StoredRepository::get_component_by_name(const Text& name) const {
   return connection_->guard([&]() -> std::optional<Component> {
+    // A name that several share means the outermost of them; of two equally deep neither is meant more.
     SQLite::Statement& query = connection_->prepare(
-        "SELECT id FROM components WHERE name = ?1 OR path = ?2 "
-        "ORDER BY name <> ?1, length(path) - length(replace(path, '/', '')), path LIMIT 1");
+        "SELECT id, 1000 * (name <> ?1) + (path <> '') + length(path) - length(replace(path, '/', '')) "
+        "FROM components WHERE name = ?1 OR path = ?2 ORDER BY 2, path LIMIT 2");
     query.bind(1, std::string(name.view()));
     query.bind(2, std::string(without_trailing_slash(name)));
-    if (!query.executeStep()) return std::nullopt;
-    const Component component{.id = query.getColumn(0).getInt64()};
+    std::vector<std::pair<std::int64_t, std::int64_t>> found;  // id, distance
+    while (query.executeStep())
+      found.emplace_back(query.getColumn(0).getInt64(), query.getColumn(1).getInt64());
     query.reset();
-    return component;
+    const bool is_one = found.size() == 1 || (found.size() == 2 && found[0].second < found[1].second);
+    return is_one ? std::optional(Component{.id = found[0].first}) : std::nullopt;
   });
 }
 

@@ -153,7 +153,11 @@ TEST_F(StoredRepositoryTest, FindsNestedComponents) {
        {"packages/ui/icons/Cargo.toml", "[dependencies]\nname = \"x\"\n[package]\nname = \"icons\" # why\n"},
        {"packages/ui/icons/icon.toy", ""},
        {"packages/api/go.mod", "module example.org/api\n"},
-       {"packages/api/api.toy", ""}});
+       {"packages/api/api.toy", ""},
+       {"packages/api/whole/pom.xml", ""},
+       {"play/a/package.json", R"({"name": "twin"})"},
+       {"play/b/package.json", R"({"name": "twin"})"},
+       {"play/b/b.toy", ""}});
   const auto files = [&](const char* name) {
     const auto component = repository.get_component_by_name(name);
     return component ? static_cast<int>(repository.get_files_by_component(*component->id).size()) : -1;
@@ -164,6 +168,9 @@ TEST_F(StoredRepositoryTest, FindsNestedComponents) {
   }
   EXPECT_EQ(files("ui"), -1);
   EXPECT_EQ(files("x"), -1);
+  EXPECT_EQ(files("twin"), -1) << "either could be meant";
+  EXPECT_EQ(files("play/b"), 1);
+  EXPECT_THAT(repository.components_near("twin"), ElementsAre("play/a", "play/b"));
   EXPECT_THAT(repository.components_near("@scope/iu"), ElementsAre("@scope/ui"));
   EXPECT_THAT(repository.components_near("ICON"), ElementsAre("icons", "packages/ui/icons"));
   EXPECT_THAT(repository.components_near("nothing like it"), IsEmpty());
