@@ -66,7 +66,7 @@ std::vector<std::string> known_kinds() {
 /// Lines that may help whoever misspelled a name.
 std::vector<std::string> did_you_mean(const std::vector<std::string>& near) {
   if (near.empty()) return {};
-  return {fmt::format("Near names: {}", fmt::join(near, ", "))};
+  return {text::to_os(fmt::format("Near names: {}", fmt::join(near, ", ")))};
 }
 
 std::vector<std::string> symbols_near(const Repository& repository, const std::string& fqn) {
@@ -74,7 +74,8 @@ std::vector<std::string> symbols_near(const Repository& repository, const std::s
   const std::string name = last == std::string::npos ? fqn : fqn.substr(last + 1);
   std::vector<std::string> near;
   if (name.empty()) return near;
-  for (const SymbolPtr& symbol : repository.search_symbols("%" + name + "%", NEAR_NAMES, false).symbols) {
+  for (const SymbolPtr& symbol :
+       repository.search_symbols("%" + text::from_os(name) + "%", NEAR_NAMES, false).symbols) {
     near.emplace_back(symbol->fqn().view());
   }
   return near;
@@ -122,11 +123,16 @@ void print(ContextPack& pack, std::string format) {
   }
 }
 
-/// The parser's own conversion takes what passes 64 bits for the greatest number.
-std::string refuse_overflow(const std::string& digits) {
+/// Puts a number in its plain form. The parser's own conversion takes 010 for 8, nothing for 0, and what
+/// passes 64 bits for the greatest number.
+std::string to_decimal(std::string& digits) {
   std::int64_t number = 0;
-  const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-  return result.ec == std::errc::result_out_of_range ? "Out of range: " + digits : "";
+  const char* const end = digits.data() + digits.size();
+  const auto result = std::from_chars(digits.data(), end, number);
+  if (result.ec == std::errc::result_out_of_range) return "Out of range: " + digits;
+  if (result.ec != std::errc() || result.ptr != end) return "Not a whole number: " + digits;
+  digits = std::to_string(number);
+  return "";
 }
 
 Text task_of(const ContextOptions& options) {
@@ -150,7 +156,8 @@ ContextPack build(const ContextOptions& options, const Location& location) {
       spdlog::warn("--deep: {}", visible(line));
     return pack;
   } catch (const UnknownComponent& error) {
-    throw Failure(error.message(), did_you_mean(repository.components_near(options.component)));
+    throw Failure(text::to_os(error.message()),
+                  did_you_mean(repository.components_near(given(options.component))));
   }
 }
 
@@ -175,11 +182,11 @@ void declare_context(CLI::App& command) {
       ->required();
   command.add_option("--budget", options->budget, "Tokens that the pack may cost (kept within 5 %)")
       ->type_name("N")
-      ->check(CLI::Validator(refuse_overflow, ""))
+      ->transform(CLI::Validator(to_decimal, ""))
       ->capture_default_str();
   command
       .add_option("--component", options->component,
-                  "Only symbols of this component (package), by name or by path")
+                  "Only symbols of this component (package), by its name or its path")
       ->type_name("NAME");
   command.add_flag("--snippets", options->snippets, "With the code of each symbol");
   command

@@ -100,6 +100,10 @@ Location locate(const RepositoryOptions& options) {
   location.root = options.repo.empty() ? unnamed_repository() : directory(options.repo);
   location.index_file =
       options.index.empty() ? storage::default_index_file(location.root) : fs::absolute(options.index);
+  // What lies in the cache folder was an index, whatever became of it; a file of the user's own is no damaged
+  // index to be set aside.
+  if (!options.index.empty() && !storage::may_hold_index(location.index_file))
+    throw Failure(options.index + ": not an index; it is left alone");
   return location;
 }
 

@@ -34,7 +34,7 @@ struct Location {
 };
 
 /// Finds them. Throws Failure for a directory that is none, and for the root directory and the home directory
-/// unless `options` name them.
+/// unless `options` name them, and for an index file that holds something else.
 Location locate(const RepositoryOptions& options);
 
 /// Reads source files, those in languages of the user's own too.

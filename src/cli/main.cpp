@@ -92,7 +92,7 @@ int run(std::vector<std::string> arguments) {
     arguments.erase(arguments.begin());
     parse(command, std::move(arguments));
   } catch (const CLI::ParseError& error) {
-    return parsing->exit(error, std::cout, std::cerr) == 0 ? DONE : USAGE;
+    if (parsing->exit(error, std::cout, std::cerr) != 0) return USAGE;
   }
   std::cout.flush();
   if (!std::cout) throw Failure("The output could not be written");

@@ -12,17 +12,22 @@ std::string readable(std::string_view text) {
   return visible(text::replace_surrogates(text));
 }
 
+/// A name or a path, which may hold any character but must not pass for two of them.
+std::string named(std::string_view text) {
+  return visible_on_one_line(text::replace_surrogates(text));
+}
+
 template <class Item, class Line>
 std::vector<std::string> lines(const std::vector<Item>& items, Line line) {
   std::vector<std::string> result;
   result.reserve(items.size());
-  for (const Item& item : items) result.push_back(readable(line(item)));
+  for (const Item& item : items) result.push_back(line(item));
   return result;
 }
 
 std::string describe(const Parameter& parameter) {
   const std::string type = parameter.type ? fmt::format(" ({})", *parameter.type) : "";
-  return fmt::format("{}{}: {}", parameter.name, type, parameter.description);
+  return readable(fmt::format("{}{}: {}", parameter.name, type, parameter.description));
 }
 
 std::string_view extension(std::string_view file) {
@@ -52,10 +57,10 @@ class EntryVisitor {
     page_.detail("Parameters", lines(parameters, describe));
   }
   void operator()(std::string_view /*key*/, const std::vector<RelatedSymbol>& related) {
-    const auto named = [](const RelatedSymbol& symbol) {
-      return fmt::format("{} {}", symbol.kind.view(), symbol.fqn.view());
-    };
-    page_.detail("Related", {fmt::format("{}", fmt::join(lines(related, named), ", "))});
+    const auto symbols = lines(related, [](const RelatedSymbol& symbol) {
+      return named(fmt::format("{} {}", symbol.kind.view(), symbol.fqn.view()));
+    });
+    page_.detail("Related", {fmt::format("{}", fmt::join(symbols, ", "))});
   }
   void operator()(std::string_view /*key*/, const std::string& snippet) {
     page_.code(readable(snippet), language_);
@@ -83,19 +88,20 @@ std::string summary(const ContextPack& pack) {
 }  // namespace
 
 void show(const ContextPack& pack, Page& page) {
-  const auto as_it_is = [](const Text& text) { return text.view(); };
+  const auto path = [](const Text& text) { return named(text); };
+  const auto sentence = [](const Text& text) { return readable(text); };
   std::size_t number = 0;
   for (const Entry& entry : pack.symbols) {
-    const std::string place = fmt::format("{}:{}", readable(entry.file), entry.symbol->start_line());
-    page.entry(++number, readable(entry.symbol->kind()), readable(entry.symbol->fqn()), place);
+    const std::string place = fmt::format("{}:{}", named(entry.file), entry.symbol->start_line());
+    page.entry(++number, named(entry.symbol->kind()), named(entry.symbol->fqn()), place);
     entry.visit(EntryVisitor(page, extension(entry.file)));
   }
-  page.section("Files", lines(pack.files, as_it_is));
+  page.section("Files", lines(pack.files, path));
   page.section("Tests", lines(pack.tests, [](const TestRow& row) {
-                 return fmt::format("{} (for {})", row.file.view(), row.source.view());
+                 return named(fmt::format("{} (for {})", row.file.view(), row.source.view()));
                }));
-  page.section("Recommendations", lines(pack.recommendations, as_it_is));
-  page.section("Notes", lines(pack.notes, as_it_is));
+  page.section("Recommendations", lines(pack.recommendations, sentence));
+  page.section("Notes", lines(pack.notes, sentence));
   page.closing(summary(pack));
 }
 

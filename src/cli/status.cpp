@@ -36,7 +36,7 @@ struct StatusOptions {
 };
 
 std::string shown(std::string_view text) {
-  return visible(text::replace_surrogates(text));
+  return visible_on_one_line(text::replace_surrogates(text));
 }
 
 std::string time_of(std::int64_t seconds) {

@@ -70,6 +70,20 @@ std::string visible(std::string_view text) {
   return result;
 }
 
+std::string visible_on_one_line(std::string_view text) {
+  std::string result;
+  for (const char c : visible(text)) {
+    if (c == '\n') {
+      result += "\\n";
+    } else if (c == '\t') {
+      result += "\\t";
+    } else {
+      result += c;
+    }
+  }
+  return result;
+}
+
 std::string Paint::operator()(std::string_view style, std::string_view text) const {
   if (!colour_ || style.empty() || text.empty()) return std::string(text);
   return fmt::format("\x1b[{}m{}\x1b[0m", style, text);
@@ -90,7 +104,7 @@ void ProgressLine::update(std::int64_t done, std::int64_t total, std::string_vie
   const std::string count = fmt::format("{}/{} ", done, total);
   const std::size_t width = width_of(STDERR_FILENO);
   const std::size_t left = width > count.size() + 1 ? width - count.size() - 1 : 0;
-  const std::string name = visible(text::replace_surrogates(current));
+  const std::string name = visible_on_one_line(text::replace_surrogates(current));
   std::fputs(fmt::format("\r\x1b[K{}{}", count, tail(name, left)).c_str(), stderr);
 }
 

@@ -18,6 +18,9 @@ bool may_colour(int descriptor);
 /// terminal.
 std::string visible(std::string_view text);
 
+/// `text` on one line, as names and paths are shown: its line feeds and tabs escaped, else as visible().
+std::string visible_on_one_line(std::string_view text);
+
 /// Colours text, or leaves it as it is.
 class Paint {
  public:

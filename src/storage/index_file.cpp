@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <string_view>
 #include <system_error>
 #include <thread>
 
@@ -156,6 +158,14 @@ WriterLock::WriterLock(const fs::path& index_file, const std::stop_token& stop) 
 
 WriterLock::~WriterLock() {
   ::close(descriptor_);
+}
+
+bool may_hold_index(const fs::path& file) {
+  constexpr std::string_view HEADER("SQLite format 3\0", 16);
+  std::string head(HEADER.size(), '\0');
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream.read(head.data(), static_cast<std::streamsize>(head.size()))) return stream.gcount() == 0;
+  return head == HEADER;
 }
 
 OpenedIndex open_for_writing(const fs::path& file) {

@@ -37,6 +37,10 @@ struct OpenedIndex {
   std::optional<std::string> message;  ///< for the user: why the index is made anew
 };
 
+/// Whether an index may be made in `file`, or be found there: it does not exist, is empty, or is a database.
+/// Anything else is somebody's own file.
+bool may_hold_index(const std::filesystem::path& file);
+
 /// Opens `file` for writing, making folders, file and tables as needed; the caller holds the WriterLock. An
 /// index of an older schema is replaced, a damaged file is renamed (set_aside). Throws IndexError: newer,
 /// foreign, unwritable, full.

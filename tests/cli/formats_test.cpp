@@ -110,6 +110,11 @@ TEST(Formats, HostileTextsStayTexts) {
   EXPECT_NE(shown.find("function ``a`b``\n"), std::string::npos) << shown;
   EXPECT_NE(shown.find("\n> # no heading\n> ```\n> no fence"), std::string::npos) << shown;
   EXPECT_NE(shown.find("\n````py\n```\n# no heading either\n````\n"), std::string::npos) << shown;
+  pack.symbols.push_back({.symbol = symbol({.name = "next", .fqn = "next\tline"}), .file = "a\nb.py"});
+  pack.files = {"a\nb.py"};
+  EXPECT_NE(markdown(pack).find("function `next\\tline`\n\n`a\\nb.py:1`\n"), std::string::npos);
+  EXPECT_NE(markdown(pack).find("\n- a\\nb.py\n"), std::string::npos);
+  EXPECT_NE(text(pack).find("\n    a\\nb.py\n"), std::string::npos);
   for (const char* control : {"\x1b", "\xC2\x9B", "\x7F"}) {
     EXPECT_EQ((shown + text(pack)).find(control), std::string::npos) << control;
   }

@@ -21,6 +21,8 @@ from conftest import PROGRAM, Shop, names, write_tree
         (("context",), "TASK"),
         (("context", "--budget", "many", "x"), "many"),
         (("context", "--budget", "99999999999999999999", "x"), "budget"),
+        (("context", "--budget", "", "x"), "budget"),
+        (("context", "--budget", "0x10", "x"), "0x10"),
         (("context", "--format", "xml", "x"), "xml"),
         (("context", "--prefer", "klass", "x"), "klass"),
         (("context", "--nope", "x"), "--nope"),
@@ -50,6 +52,8 @@ def test_help_teaches(indexed_shop, command):
     [
         (("--component", "shpo"), "Unknown component: shpo", "shop"),
         (("--component", "web/src/x"), "Unknown component: web/src/x", None),
+        (("--component", b"\xff"), "Unknown component: \udcff", None),
+        (("--seed", b"\xff"), "Unknown symbol: \udcff", None),
         (("--seed", "shop.Cart"), "Unknown symbol: shop.Cart", "shop.cart.Cart"),
         (("--repo", "no/where"), "no/where: No such file or directory", None),
         (("--repo", "pyproject.toml"), "pyproject.toml: not a directory", None),
@@ -58,7 +62,7 @@ def test_help_teaches(indexed_shop, command):
 def test_names_that_lead_nowhere(indexed_shop, arguments, line, help_line):
     done = indexed_shop.run("context", *arguments, "Cart")
     assert (done.returncode, done.stdout) == (1, b"")
-    said = done.stderr.decode().splitlines()
+    said = os.fsdecode(done.stderr).splitlines()
     assert said[0] == line
     assert help_line is None or help_line in said[1]
 
@@ -98,6 +102,19 @@ def test_a_damaged_index_is_set_aside_and_rebuilt(shop):
         assert done.returncode == 0 and json.loads(done.stdout) == before
         assert str(file) in done.stderr.decode()
     assert any("damaged" in path.name for path in file.parent.iterdir())
+
+
+def test_a_file_of_the_users_own_is_no_index(shop):
+    file = shop.root / "shop/cart.py"
+    before = file.read_bytes()
+    for arguments, env in ((("--index", "shop/cart.py"), {}), ((), {"TARNWICK_INDEX": "shop/cart.py"})):
+        done = shop.run("context", *arguments, "Cart", env=env)
+        assert (done.returncode, done.stdout) == (1, b"")
+        assert done.stderr.decode() == "shop/cart.py: not an index; it is left alone\n"
+    assert file.read_bytes() == before and len(list(file.parent.iterdir())) == 3
+    empty = shop.root / "empty"
+    empty.write_bytes(b"")
+    assert names(shop.pack("--index", "empty", "Cart"))
 
 
 def test_a_faulty_own_language_is_left_out_and_listed(shop, tmp_path):
@@ -168,9 +185,10 @@ def test_a_full_disk(shop, tmp_path):
 
 
 def test_output_that_cannot_be_written(indexed_shop):
-    with open("/dev/full", "wb") as full:
-        done = indexed_shop.run("context", "Cart", stdout=full, stderr=subprocess.PIPE)
-    assert done.returncode == 1 and done.stderr
+    for arguments in (("context", "Cart"), ("context", "--help"), ("--version",)):
+        with open("/dev/full", "wb") as full:
+            done = indexed_shop.run(*arguments, stdout=full, stderr=subprocess.PIPE)
+        assert done.returncode == 1 and done.stderr, arguments
 
 
 def test_calls_at_once_all_succeed(shop):

@@ -30,6 +30,7 @@ def test_an_empty_task_is_a_task(indexed_shop):
         ((), lambda pack: names(pack) and pack["tests"] and all("snippet" not in e for e in pack["symbols"])),
         (("--budget", "0"), lambda pack: not names(pack)),
         (("--budget", "-5"), lambda pack: not names(pack)),
+        (("--budget", "0150"), lambda pack: 104 < pack["tokens_used"] <= 158),
         (("--no-tests",), lambda pack: names(pack) and not pack["tests"]),
         (("--component", "shop"), lambda pack: "shop.cart.checkout_cart" in names(pack)),
         (("--component", "@shop/web"), lambda pack: all(f.startswith("web/") for f in pack["files"])),
