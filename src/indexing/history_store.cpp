@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <optional>
+#include <ranges>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -191,9 +192,9 @@ class HistoryWriter {
     std::int64_t last = 0;
     std::int64_t next = connection_->number("SELECT max(id) FROM commits");
     bool in_place = true;
-    for (auto hash = fresh_->order.rbegin(); hash != fresh_->order.rend(); ++hash) {
-      const auto stored = stored_.find(*hash);
-      const auto read = fresh_->commits.find(*hash);
+    for (const std::string& hash : std::ranges::reverse_view(fresh_->order)) {
+      const auto stored = stored_.find(hash);
+      const auto read = fresh_->commits.find(hash);
       if (stored == stored_.end() && read == fresh_->commits.end()) continue;
       in_place = in_place && stored != stored_.end() && stored->second.id > last;
       if (in_place) {
@@ -203,7 +204,7 @@ class HistoryWriter {
         stored->second.id = next;
       } else {
         add(read->second, ++next);
-        stored_.emplace(*hash, Stored{.id = next, .files = read->second.files.size()});
+        stored_.emplace(hash, Stored{.id = next, .files = read->second.files.size()});
       }
     }
   }
