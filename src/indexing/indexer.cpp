@@ -33,8 +33,8 @@ using storage::StoredFile;
 /// How many files are read ahead of the writer.
 constexpr std::size_t WINDOW = 64;
 
-/// A first indexing shows readers what is done after this time, and then each time that it has taken half as
-/// long again: each commit leaves the search tables more to merge.
+/// A first indexing shows readers what is done after this time, and then each time that it has taken twice as
+/// long: each commit leaves the search tables more to merge.
 constexpr std::chrono::milliseconds BATCH_TIME{250};
 
 std::int64_t now_ns() {
@@ -270,7 +270,7 @@ class Update {
       if (report_.first && elapsed > batch_end) {
         writer_.commit();
         writer_.begin();
-        batch_end = elapsed + elapsed / 2;
+        batch_end = 2 * elapsed;
       }
     }
     return true;
