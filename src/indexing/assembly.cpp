@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <cctype>
-#include <functional>
 #include <string>
+#include <tuple>
 #include <unordered_set>
+#include <utility>
+#include <vector>
 
 #include "indexing/documentation.h"
+#include "indexing/merging.h"
+#include "indexing/scoped_names.h"
 #include "indexing/signature.h"
 
 namespace tarnwick::indexing {
@@ -15,8 +19,6 @@ namespace {
 
 constexpr std::size_t MAX_SIGNATURE_BYTES = 240;
 constexpr std::size_t MAX_DATA_SIGNATURE_BYTES = 120;  // the value of a constant says less than parameters do
-constexpr std::size_t MAX_PREFIX_BYTES = 512;          // scopes nested deeper add nothing: names stay bounded
-constexpr std::size_t MAX_QUALIFIER_BYTES = 64;
 
 enum class Container { FILE, TYPE, FUNCTION, OTHER };
 
@@ -30,81 +32,7 @@ Container container_of(std::string_view kind) {
   return kind == "function" || kind == "method" || kind == "local" ? Container::FUNCTION : Container::OTHER;
 }
 
-bool is_upper_case(std::string_view name) {
-  return std::ranges::any_of(name, [](unsigned char c) { return std::isupper(c); }) &&
-         std::ranges::none_of(name, [](unsigned char c) { return std::islower(c); });
-}
-
-/// `Foo<T>::bar` as `Foo::bar`: arguments of generics and white space left out, whatever parts it by
-/// `separator`.
-std::string plain_scope(std::string_view written, std::string_view separator) {
-  std::string result;
-  int depth = 0;
-  for (std::size_t i = 0; i < written.size() && result.size() < MAX_PREFIX_BYTES; ++i) {
-    const char c = written[i];
-    if (c == '<' || c == '[' || c == '(') ++depth;
-    if (depth == 0 && (c == '.' || c == ':' || c == '\\')) {
-      if (!result.empty() && !result.ends_with(separator)) result += separator;
-    } else if (depth == 0 && !std::isspace(static_cast<unsigned char>(c)) && c != '*' && c != '&') {
-      result += c;
-    }
-    if (c == '>' || c == ']' || c == ')') depth = std::max(0, depth - 1);
-  }
-  if (result.ends_with(separator)) result.resize(result.size() - separator.size());
-  return result;
-}
-
-/// Where the last part of a name written with its scopes begins: behind the last separator outside brackets.
-std::size_t last_part_of_scoped(std::string_view name, std::string_view separator) {
-  std::size_t result = 0;
-  int depth = 0;
-  for (std::size_t i = 0; i < name.size(); ++i) {
-    if (name.substr(result).starts_with("operator")) break;
-    if (name[i] == '<' || name[i] == '(') ++depth;
-    if (name[i] == '>' || name[i] == ')') --depth;
-    if (depth == 0 && name.substr(i).starts_with(separator)) result = i + separator.size();
-  }
-  return result;
-}
-
-/// What stands before a used name; something long or of several lines says nothing that could be looked up.
-std::string_view plain_qualifier(std::string_view written) {
-  const bool fits = written.size() <= MAX_QUALIFIER_BYTES && written.find('\n') == std::string_view::npos;
-  return fits ? written : std::string_view();
-}
-
-std::string_view last_part(std::string_view name) {
-  const auto end = name.find_last_of("./:\\");
-  return end == std::string_view::npos || end + 1 == name.size() ? name : name.substr(end + 1);
-}
-
-/// Behind the brace that closes the one at `at`; the end of the text if none does. Comments and strings do
-/// not count.
-std::size_t closing_brace(std::string_view text, std::size_t at) {
-  const auto behind = [&](std::string_view end, std::size_t from) {
-    const auto found = text.find(end, from);
-    return found == std::string_view::npos ? text.size() : found + end.size();
-  };
-  int depth = 0;
-  while (at < text.size()) {
-    const char c = text[at];
-    if (text.substr(at).starts_with("//")) {
-      at = behind("\n", at);
-    } else if (text.substr(at).starts_with("/*")) {
-      at = behind("*/", at + 2);
-    } else if (c == '"' || c == '\'') {
-      for (++at; at < text.size() && text[at] != c && text[at] != '\n'; ++at)
-        if (text[at] == '\\') ++at;
-      ++at;
-    } else {
-      depth += c == '{' ? 1 : c == '}' ? -1 : 0;
-      ++at;
-      if (depth == 0) return at;
-    }
-  }
-  return text.size();
-}
-
+/// Which line a byte is on.
 class Lines {
  public:
   explicit Lines(std::string_view text) {
@@ -120,6 +48,7 @@ class Lines {
   std::vector<std::size_t> starts_;
 };
 
+/// Walks over what was merged in the order of the text, along with a stack of what encloses the place.
 class Assembler {
  public:
   Assembler(RawFacts raw, const Language& language, std::string_view text, std::string_view path)
@@ -128,7 +57,6 @@ class Assembler {
         text_(text),
         attachments_(std::move(raw_.attachments), text),
         lines_(text),
-        in_header_(path.substr(path.rfind('.') + 1).starts_with('h') || path.ends_with(".inl")),
         exported_names_(raw_.exported_names.begin(), raw_.exported_names.end()) {
     auto prefix =
         raw_.package.empty() ? module_of(language, path) : plain_scope(raw_.package, language.separator);
@@ -136,14 +64,7 @@ class Assembler {
   }
 
   FileFacts run() {
-    if (raw_.has_error) close_bodies();
-    merge_definitions();
-    wrap_definitions();
-    merge_uses();
-    // What is imported together comes in the order of the text, by whatever pattern it was found.
-    std::ranges::stable_sort(raw_.imports, std::less<>(), [](const auto& each) {
-      return (!each.name.empty() ? each.name : !each.alias.empty() ? each.alias : each.module).data();
-    });
+    attach();
     for (const auto& event : events()) {
       while (stack_.back().range.end <= event.range.start) stack_.pop_back();
       handle(event);
@@ -173,66 +94,8 @@ class Assembler {
     std::size_t index = 0;
   };
 
-  /// An error may end a type before its body does, or leave no more of it than its head.
-  void close_bodies() {
-    for (auto& each : raw_.definitions) {
-      if (!each.body || text_[*each.body] != '{') continue;
-      const bool closed = each.range.end > *each.body + 1 && text_[each.range.end - 1] == '}';
-      if (!closed) each.range.end = std::max(each.range.end, closing_brace(text_, *each.body));
-    }
-  }
-
-  /// Two patterns may find the same name: the earlier one tells the kind, marks add up.
-  void merge_definitions() {
-    auto& all = raw_.definitions;
-    if (!in_header_) std::erase_if(all, [](const auto& each) { return each.options.only_in_header; });
-    for (auto& each : all) split_name(each);
-    std::ranges::stable_sort(all, {},
-                             [](const auto& each) { return std::pair(each.name.start, each.pattern); });
-    std::vector<RawDefinition> merged;
-    for (const auto& each : all) {
-      names_.push_back(each.name.start);
-      if (merged.empty() || merged.back().name.start != each.name.start) {
-        merged.push_back(each);
-        continue;
-      }
-      auto& first = merged.back();
-      first.exported = first.exported || each.exported;
-      first.hidden = first.hidden || each.hidden;
-      if (first.qualifier.empty()) first.qualifier = each.qualifier;
-      if (!first.body && first.range == each.range) first.body = each.body;
-    }
-    all = std::move(merged);
-  }
-
-  /// `void Foo::bar()` names the scope that it belongs to.
-  void split_name(RawDefinition& definition) const {
-    if (language_.is_document) return;
-    if (view(definition.name).starts_with(':') && definition.name.end - definition.name.start > 1)
-      ++definition.name.start;  // Ruby names an attribute by a symbol
-    const auto name = view(definition.name);
-    const auto last = last_part_of_scoped(name, language_.separator);
-    const auto parameters = name.substr(last).find('(');
-    if (name.substr(last).starts_with("operator ") && parameters != std::string_view::npos)
-      definition.name.end = definition.name.start + last + parameters;  // a conversion is named by its type
-    if (last == 0 || last >= name.size() || name.starts_with('"') || name.starts_with('\'')) return;
-    definition.qualifier = name.substr(0, last);
-    definition.name.start += last;
-  }
-
-  /// Widens each definition by the heads around it and the attributes above it.
-  void wrap_definitions() {
-    const auto key = [](const Wrapper& each) { return std::pair(each.inner.start, each.inner.end); };
-    std::ranges::stable_sort(raw_.wrappers, {}, key);
-    for (auto& definition : raw_.definitions) {
-      for (;;) {
-        const auto inner = std::pair(definition.range.start, definition.range.end);
-        const auto found = std::ranges::lower_bound(raw_.wrappers, inner, {}, key);
-        if (found == raw_.wrappers.end() || key(*found) != inner || found->outer == found->inner) break;
-        definition.range = found->outer;
-        definition.exported = definition.exported || found->exported;
-      }
-    }
+  /// Widens each definition by the attributes above it, and takes the documentation from there.
+  void attach() {
     std::size_t last_start = std::string_view::npos;
     for (auto& definition : raw_.definitions) {
       const auto start = definition.range.start;
@@ -242,20 +105,6 @@ class Assembler {
       documentation_.push_back(start == last_start ? std::string() : std::move(found.documentation));
       last_start = start;
     }
-  }
-
-  /// Two patterns may find the same use; what says more than "a type" holds.
-  void merge_uses() {
-    auto& all = raw_.uses;
-    std::erase_if(all, [&](const auto& each) {
-      const bool parameter = each.type == "type" && each.name.end - each.name.start == 1;  // a generic's `T`
-      return parameter ||
-             std::ranges::binary_search(names_, each.name.start);  // a definition's name is no use of it
-    });
-    std::ranges::stable_sort(
-        all, {}, [](const auto& each) { return std::pair(each.name.start, each.type == "type"); });
-    const auto doubles = std::ranges::unique(all, {}, [](const auto& each) { return each.name.start; });
-    all.erase(doubles.begin(), doubles.end());
   }
 
   std::vector<Event> events() const {
@@ -382,13 +231,7 @@ class Assembler {
   }
 
   std::string qualified(std::string_view qualifier, std::string_view name) const {
-    std::string result = stack_.back().prefix;
-    for (const auto part : {qualifier, name}) {
-      if (part.empty()) continue;
-      if (!result.empty()) result += language_.separator;
-      result += part;
-    }
-    return result;
+    return joined({stack_.back().prefix, qualifier, name}, language_.separator);
   }
 
   bool is_exported(const RawDefinition& raw, std::string_view name) const {
@@ -416,17 +259,15 @@ class Assembler {
 
   bool inside_function() const { return stack_.back().in_function; }
 
-  std::string_view view(Range range) const { return text_.substr(range.start, range.end - range.start); }
+  std::string_view view(Range range) const { return indexing::view(text_, range); }
 
   RawFacts raw_;
   const Language& language_;
   std::string_view text_;
   Attachments attachments_;
   Lines lines_;
-  bool in_header_;
   std::unordered_set<std::string_view> exported_names_;
   std::unordered_set<std::string> data_names_;
-  std::vector<std::size_t> names_;          // where the definitions' names start, in order
   std::vector<std::string> documentation_;  // of the definition at the same place in raw_
   std::vector<Frame> stack_;
   FileFacts facts_;
@@ -435,6 +276,7 @@ class Assembler {
 }  // namespace
 
 FileFacts assemble(RawFacts raw, const Language& language, std::string_view text, std::string_view path) {
+  merge(raw, language, text, path);
   return Assembler(std::move(raw), language, text, path).run();
 }
 

@@ -36,7 +36,7 @@ class Attachments {
   std::span<const Attachment> within(Range range) const;
 
  private:
-  std::string_view view(Range range) const { return text_.substr(range.start, range.end - range.start); }
+  std::string_view view(Range range) const { return indexing::view(text_, range); }
   bool starts_its_line(std::size_t at) const;
 
   std::vector<Attachment> all_;

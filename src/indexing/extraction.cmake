@@ -26,10 +26,12 @@ add_library(
   fallback.cpp
   guards.cpp
   languages.cpp
+  merging.cpp
   module_path.cpp
   own_languages.cpp
   query.cpp
   query_patterns.cpp
+  scoped_names.cpp
   signature.cpp
   source_extractor.cpp
   syntax_tree.cpp

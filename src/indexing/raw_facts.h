@@ -18,6 +18,10 @@ struct Range {
   bool operator==(const Range&) const = default;
 };
 
+inline std::string_view view(std::string_view text, Range range) {
+  return text.substr(range.start, range.end - range.start);
+}
+
 struct RawDefinition {
   Range range;
   Range name;
