@@ -20,7 +20,7 @@ namespace {
 
 fs::path directory(const std::string& name) {
   std::error_code error;
-  const fs::path path = fs::canonical(name, error);
+  fs::path path = fs::canonical(name, error);
   if (error) throw Failure(name + ": " + error.message());
   if (!fs::is_directory(path, error)) throw Failure(name + ": not a directory");
   return path;
@@ -118,13 +118,13 @@ indexing::IndexReport update(const Location& location, const RepositoryOptions& 
                              const UpdateLimits& limits) {
   const InterruptGuard interrupts;
   ShownProgress progress;
-  const indexing::IndexReport report = indexing::update_index({.root = location.root,
-                                                               .index_file = location.index_file,
-                                                               .include_ignored = options.ignored,
-                                                               .full = limits.full,
-                                                               .stop = interrupts.token(),
-                                                               .extractor = &extractor()},
-                                                              &progress);
+  indexing::IndexReport report = indexing::update_index({.root = location.root,
+                                                         .index_file = location.index_file,
+                                                         .include_ignored = options.ignored,
+                                                         .full = limits.full,
+                                                         .stop = interrupts.token(),
+                                                         .extractor = &extractor()},
+                                                        &progress);
   if (interrupts.signal() == 0) {
     indexing::update_history({.root = location.root,
                               .index_file = location.index_file,

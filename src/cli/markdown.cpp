@@ -18,7 +18,8 @@ std::string fence(std::string_view text, std::size_t least) {
     run = c == '`' ? run + 1 : 0;
     longest = std::max(longest, run);
   }
-  return std::string(std::max(least, longest + 1), '`');
+  std::string ticks(std::max(least, longest + 1), '`');
+  return ticks;
 }
 
 std::string code_span(std::string_view text) {

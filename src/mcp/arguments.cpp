@@ -39,7 +39,7 @@ Json kinds() {
           {"items", {{"type", "string"}, {"enum", all}}},
           {"maxItems", all.size()},
           {"description",
-           "task: kinds to weigh up, for example [\"class\", \"interface\"] for a question of design."}};
+           R"(task: kinds to weigh up, for example ["class", "interface"] for a question of design.)"}};
 }
 
 Json budget() {

@@ -40,7 +40,7 @@ class ConfinedPaths final : public PathMap {
 /// Asks for the place when the line is asked for, as most are not.
 class ConfinedReference final : public storage::PlacedReference {
  public:
-  ConfinedReference(ReferencePtr inner, const fs::path& root) : inner_(std::move(inner)), root_(root) {}
+  ConfinedReference(ReferencePtr inner, fs::path root) : inner_(std::move(inner)), root_(std::move(root)) {}
 
   Text usage_type() const override { return inner_->usage_type(); }
   std::optional<CallerSymbol> caller_symbol() const override { return inner_->caller_symbol(); }

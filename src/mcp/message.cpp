@@ -9,13 +9,13 @@ namespace {
 std::string_view fault_of(const Input& json) {
   if (!json.is_object()) return "a message is an object";
   const Input* const version = find(json, "jsonrpc");
-  if (version == nullptr || *version != "2.0") return "\"jsonrpc\" must be \"2.0\"";
+  if (version == nullptr || *version != "2.0") return R"("jsonrpc" must be "2.0")";
   const Input* const id = find(json, "id");
-  if (id != nullptr && !to_id(*id)) return "\"id\" must be a string or an integer";
+  if (id != nullptr && !to_id(*id)) return R"("id" must be a string or an integer)";
   const Input* const method = find(json, "method");
-  if (method == nullptr || !method->is_string()) return "\"method\" must be a string";
+  if (method == nullptr || !method->is_string()) return R"("method" must be a string)";
   const Input* const params = find(json, "params");
-  if (params != nullptr && !params->is_object()) return "\"params\" must be an object";
+  if (params != nullptr && !params->is_object()) return R"("params" must be an object)";
   return {};
 }
 

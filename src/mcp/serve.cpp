@@ -18,7 +18,7 @@ void serve(int input, int output, const Tool& tool, const ServerOptions& options
       tool, [&writer](std::string line) { writer.send(std::move(line)); }, options);
   LineReader reader(input, writer.closed(), options.most_message_bytes);
   for (LineReader::Read read = reader.next(); read.status != LineReader::Status::end; read = reader.next()) {
-    server.receive(std::move(read));
+    server.receive(read);
   }
   server.finish(writer.is_closed() ? std::chrono::milliseconds(0) : PATIENCE);
 }

@@ -63,7 +63,7 @@ Server::~Server() {
   for (const auto& [id, exchange] : open_) exchange->stop();
 }
 
-void Server::receive(LineReader::Read read) {
+void Server::receive(const LineReader::Read& read) {
   const auto refuse = [this](ErrorCode code, const std::string& fault) {
     send(error_message(std::nullopt, ProtocolError(code, fault)));
   };

@@ -58,7 +58,7 @@ class Server {
   ~Server();
 
   /// Takes what was read from the client. One thread at a time.
-  void receive(LineReader::Read read);
+  void receive(const LineReader::Read& read);
 
   /// Waits up to `patience` for the answers that are still owed, and ends the subscriptions. Call when the
   /// client has nothing more to say.

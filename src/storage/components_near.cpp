@@ -17,10 +17,10 @@ constexpr std::size_t MAX_COMPARED = 100;
 std::size_t edit_distance(std::string_view a, std::string_view b) {
   std::array<std::size_t, MAX_COMPARED + 1> row{};
   std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < a.size(); ++i) {
+  for (const char c : a) {
     std::size_t diagonal = row[0]++;
     for (std::size_t j = 0; j < b.size(); ++j) {
-      const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
+      const std::size_t replaced = diagonal + (c == b[j] ? 0 : 1);
       diagonal = row[j + 1];
       row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
     }
@@ -55,6 +55,7 @@ std::vector<std::string> StoredRepository::components_near(std::string_view name
     std::erase_if(near, [&](const auto& entry) { return !seen.insert(std::get<std::string>(entry)).second; });
     if (near.size() > limit) near.resize(limit);
     std::vector<std::string> names;
+    names.reserve(near.size());
     for (auto& entry : near) names.push_back(std::move(std::get<std::string>(entry)));
     return names;
   });

@@ -5,6 +5,7 @@
 #include <unistd.h>
 #include <xxhash.h>
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -131,10 +132,10 @@ fs::path default_index_file(const fs::path& root) {
   fs::path real = fs::canonical(root, error);
   if (error) real = fs::absolute(root).lexically_normal();
   const std::string& text = real.native();
-  char hash[17];
-  std::snprintf(hash, sizeof hash, "%016llx",
+  std::array<char, 17> hash{};
+  std::snprintf(hash.data(), hash.size(), "%016llx",
                 static_cast<unsigned long long>(XXH3_64bits(text.data(), text.size())));
-  return cache_folder() / "tarnwick" / (readable_name(real) + "-" + hash + ".db");
+  return cache_folder() / "tarnwick" / (readable_name(real) + "-" + hash.data() + ".db");
 }
 
 WriterLock::WriterLock(const fs::path& index_file, const std::stop_token& stop) {
@@ -205,7 +206,7 @@ std::unique_ptr<Connection> open_for_reading(const fs::path& file) {
 
 fs::path set_aside(const fs::path& file) {
   for (int number = 1;; ++number) {
-    const fs::path aside = file.string() + ".damaged-" + std::to_string(number);
+    fs::path aside = file.string() + ".damaged-" + std::to_string(number);
     std::error_code error;
     if (fs::exists(aside, error)) continue;
     fs::rename(file, aside, error);

@@ -37,10 +37,9 @@ class Conversation {
  public:
   explicit Conversation(mcp::ServerOptions options = {})
       : server_(
-            tool_, [this](std::string line) { hear(std::move(line)); }, options) {}
+            tool_, [this](const std::string& line) { hear(line); }, options) {}
 
   void say(const std::string& line) { server_.receive({mcp::LineReader::Status::line, line}); }
-  void say_too_much() { server_.receive({mcp::LineReader::Status::too_long}); }
   void finish() { server_.finish(std::chrono::seconds(5)); }
   void initialize(const std::string& version = "2025-03-26") {
     ask(R"({"jsonrpc":"2.0","id":"init","method":"initialize","params":{"protocolVersion":")" + version +
@@ -66,7 +65,7 @@ class Conversation {
   }
 
  private:
-  void hear(std::string line) {
+  void hear(const std::string& line) {
     const std::lock_guard lock(mutex_);
     lines_.push_back(mcp::Json::parse(line));
     heard_.notify_all();

@@ -25,14 +25,15 @@ class ToyExtractor final : public indexing::Extractor {
   explicit ToyExtractor(std::string version = {}) : version_(std::move(version)) {}
 
   std::string version() const override { return version_; }
-  std::string language_of(std::string_view path, std::optional<std::string_view>) const override {
+  std::string language_of(std::string_view path, std::optional<std::string_view> /*head*/) const override {
     return path.ends_with(".toy") ? "toy" : path.ends_with(".note") ? "note" : "";
   }
   bool is_source(std::string_view language) const override { return language == "toy"; }
   bool is_test_path(std::string_view path) const override {
     return path.substr(path.rfind('/') + 1).starts_with("test_");
   }
-  indexing::FileFacts extract(std::string_view, std::string_view text, std::string_view) const override {
+  indexing::FileFacts extract(std::string_view /*path*/, std::string_view text,
+                              std::string_view /*language*/) const override {
     indexing::FileFacts facts;
     std::vector<std::size_t> open;
     std::string documentation;
@@ -54,8 +55,8 @@ class ToyExtractor final : public indexing::Extractor {
         const std::string_view rest = line.substr(4);
         const std::size_t blank = rest.find(' ');
         facts.imports.push_back({std::string(rest.substr(0, blank)),
-                                 blank == rest.npos ? "" : std::string(rest.substr(blank + 1)), "",
-                                 line_number});
+                                 blank == std::string_view::npos ? "" : std::string(rest.substr(blank + 1)),
+                                 "", line_number});
       } else {
         call(facts, line, line_number, enclosing);
       }
@@ -85,13 +86,13 @@ class ToyExtractor final : public indexing::Extractor {
 
   static void call(indexing::FileFacts& facts, std::string_view line, std::int64_t number,
                    std::optional<std::size_t> enclosing) {
-    for (std::size_t at = line.find("()"); at != line.npos; at = line.find("()", at + 1)) {
+    for (std::size_t at = line.find("()"); at != std::string_view::npos; at = line.find("()", at + 1)) {
       const std::string_view before = line.substr(0, at);
       const std::string_view word = before.substr(before.find_last_of(' ') + 1);
       const std::size_t dot = word.rfind('.');
-      facts.uses.push_back({std::string(dot == word.npos ? word : word.substr(dot + 1)),
-                            dot == word.npos ? "" : std::string(word.substr(0, dot)), "call", number,
-                            enclosing});
+      facts.uses.push_back({std::string(dot == std::string_view::npos ? word : word.substr(dot + 1)),
+                            dot == std::string_view::npos ? "" : std::string(word.substr(0, dot)), "call",
+                            number, enclosing});
     }
   }
 
