@@ -1,5 +1,6 @@
 // Whole conversations with the official clients, in every mode they have.
 import assert from 'node:assert/strict';
+import { symlinkSync } from 'node:fs';
 import test from 'node:test';
 import { Client } from '@modelcontextprotocol/client';
 import { StdioClientTransport } from '@modelcontextprotocol/client/stdio';
@@ -74,8 +75,6 @@ test('bad arguments come back as results that help', async (t) => {
   await indexed(client);
   const cases = [
     [{ action: 'task' }, /"task" is missing/],
-    [{ action: 'task', task: 'x', budget: 5 }, /"budget" is not known here; known are .*"token_budget"/],
-    [{ action: 'task', task: 'x', token_budget: 1e6 }, /must be at most 16000/],
     [{ action: 'task', task: 'x', component_filter: 'shap' }, /Unknown component: shap.*shop/],
     [{ action: 'task', task: 'x', seed_symbols: ['a.b.checkout_cart'] }, /Unknown symbol: .*Near names: .*checkout_cart/],
     [{ action: 'symbol', fqn: 'nothing_like_it' }, /Unknown symbol: nothing_like_it\. Take/],
@@ -101,8 +100,25 @@ test('arguments of a task reach the pack', async (t) => {
   assert.equal(classes.symbols[0].kind, 'class');
   assert.match(classes.symbols[0].snippet, /class Cart/);
   const fqn = names(all).find((name) => name.endsWith('add_item'));
-  assert.equal(names(await task({ seed_symbols: [fqn] }))[0], fqn);
+  const [deep] = (await task({ seed_symbols: [fqn], deep_fqns: [fqn] })).symbols;
+  assert.equal(deep.fqn, fqn);
+  assert.match(deep.snippet, /self\.items/, 'a body that is asked for needs no include_snippets');
   assert.ok(names(await task({ component_filter: 'shop', wide_match: true })).length > 0);
+});
+
+test('an overload is chosen by its place', async (t) => {
+  const place = new Place(t);
+  const two = 'int area(int side) {\n  return side * side;\n}\n\nint area(int width, int height) {\n  return width * height;\n}\n';
+  place.repository('shapes', { 'area.cpp': two, 'old.cpp': 'int area() {\n  return 0;\n}\n' });
+  const client = await connect(place, place.server(['shapes']));
+  await indexed(client);
+  const symbol = (more) => client.callTool(call({ action: 'symbol', fqn: 'area', ...more }));
+  for (const [more, body] of [[{ line: 5 }, /height;/], [{ file: 'area.cpp' }, /side;/], [{ file: 'old.cpp', line: 1 }, /0;/]]) {
+    const { body: shown, others } = data(await symbol(more));
+    assert.match(shown, body);
+    assert.equal(others.length, 2);
+  }
+  assert.match((await symbol({ file: 'old.cpp', line: 5 })).content[0].text, /not there, but at: .*area\.cpp:5/);
 });
 
 test('structured content is the same as the text and fits its schema', async (t) => {
@@ -127,14 +143,15 @@ test('several repositories are told apart', async (t) => {
   const place = new Place(t);
   place.repository('shop');
   place.repository('bank', { 'bank.py': 'def open_account():\n    return 1\n' });
-  const client = await connect(place, place.server(['shop', 'bank', 'shop']));
+  symlinkSync(place.path('bank'), place.path('linked'));
+  const client = await connect(place, place.server(['shop', 'bank', 'linked']));
   const status = await indexed(client);
   assert.deepEqual(status.repositories.map((repository) => repository.repository), ['shop', 'bank']);
   const question = { action: 'task', task: 'open_account or checkout_cart' };
   const unnamed = await client.callTool(call(question));
   assert.equal(unnamed.isError, true);
   assert.match(unnamed.content[0].text, /shop, bank/);
-  for (const repository of ['bank', place.path('bank')]) {
+  for (const repository of ['bank', place.path('bank'), place.path('linked')]) {
     const pack = data(await client.callTool(call({ ...question, repository })));
     assert.deepEqual(names(pack).map((fqn) => fqn.split('.').at(-1)), ['open_account']);
   }

@@ -45,7 +45,7 @@ export class Place {
       for (const close of this.closers) await close();
       rmSync(this.folder, { recursive: true, force: true });
     });
-    this.env = { ...process.env, XDG_CACHE_HOME: join(this.folder, 'cache') };
+    this.env = { ...process.env, XDG_CACHE_HOME: join(this.folder, 'cache'), TARNWICK_INDEX: undefined };
   }
 
   path(...parts) {

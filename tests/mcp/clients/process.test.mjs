@@ -1,7 +1,7 @@
 // The server as a process: files that change, hostile input, ends of all kinds.
 import assert from 'node:assert/strict';
 import { spawn } from 'node:child_process';
-import { mkdirSync, renameSync, rmSync, symlinkSync } from 'node:fs';
+import { existsSync, renameSync, rmSync, symlinkSync } from 'node:fs';
 import { once } from 'node:events';
 import test from 'node:test';
 import { Checker, Place, PROGRAM, RawClient, call, data, indexed, names } from './harness.mjs';
@@ -13,8 +13,8 @@ const START_A_SERVER = `
   setInterval(() => {}, 1000);`;
 
 /// A raw client past its handshake and the first indexing, with the one operation of the official clients.
-async function start(place) {
-  const client = new RawClient(place.server(['shop']));
+async function start(place, ...more) {
+  const client = new RawClient(place.server(['shop'], ...more));
   place.closers.push(() => client.process.kill('SIGKILL'));
   let id = 0;
   client.callTool = async (params) => (await client.request(++id, 'tools/call', params)).result;
@@ -48,16 +48,22 @@ test('a pack shows every edit made before it', async (t) => {
   assert.match((await found('fresher_function'))[0], /moved/);
   place.write('shop/moved/deep/fresh.py', define('freshest_function'));
   assert.equal((await found('freshest_function')).length, 1, 'an edit in moved directories');
-  mkdirSync(place.path('shop/empty'));
-  await found('anything');
-  place.write('shop/empty/late.py', define('late_function'));
-  assert.equal((await found('late_function')).length, 1, 'a file in a directory that was empty');
   rmSync(place.path('shop/moved'), { recursive: true });
   assert.deepEqual(await found('freshest_function'), []);
   rmSync(place.path('cache'), { recursive: true });
   await indexed(client);
-  assert.equal((await found('late_function')).length, 1, 'an index that was removed is made anew');
+  assert.equal((await found('checkout_cart')).length, 1, 'an index that was removed is made anew');
   assert.equal(await client.end(), 0);
+});
+
+test('the index lies where it is told to', async (t) => {
+  const place = new Place(t);
+  place.repository('shop');
+  const [option, variable] = [place.path('option.db'), place.path('variable.db')];
+  await start(place, '--index', option);
+  place.env.TARNWICK_INDEX = variable;
+  await start(place);
+  assert.deepEqual([option, variable, place.path('cache')].map(existsSync), [true, true, false]);
 });
 
 test('nothing outside of the repository is read', async (t) => {
