@@ -89,11 +89,6 @@ TEST(Formats, PeopleSeeEverythingThatAPackHolds) {
   }
 }
 
-TEST(Formats, OnlyColouredTextHoldsEscapes) {
-  EXPECT_NE(text(full_pack(), true).find('\x1b'), std::string::npos);
-  EXPECT_EQ(text(full_pack(), false).find('\x1b'), std::string::npos);
-}
-
 TEST(Formats, HostileTextsStayTexts) {
   ContextPack pack;
   pack.symbols.push_back({.symbol = symbol({.name = "evil",

@@ -37,11 +37,6 @@ TEST_F(CoveringTestLookup, KeepsTheClosestOfEachFileAndAsksOnce) {
   EXPECT_EQ(index.calls.size(), 4U);
 }
 
-TEST_F(CoveringTestLookup, AsksNothingMoreForTestFilesAlone) {
-  tests.look_up({"t.py"});
-  EXPECT_THAT(index.calls, ElementsAre("test_paths(t.py)"));
-}
-
 TEST_F(CoveringTestLookup, AFailureIsLoggedOnceAndEndsTheLookups) {
   EXPECT_EQ(tests.of("a.py").size(), 2U);
   index.fail("find_covering_tests", std::make_exception_ptr(std::runtime_error("disk")));
@@ -51,13 +46,6 @@ TEST_F(CoveringTestLookup, AFailureIsLoggedOnceAndEndsTheLookups) {
   EXPECT_NE(tests.found.find("t.py"), nullptr);
   EXPECT_THAT(tests.of("a.py"), IsEmpty());
   EXPECT_EQ(index.calls.size(), 4U);
-}
-
-TEST_F(CoveringTestLookup, LetsAnInterruptThrough) {
-  struct Interrupt {};
-  index.fail("test_paths", std::make_exception_ptr(Interrupt{}));
-  EXPECT_THROW(tests.look_up({"a.py"}), Interrupt);
-  EXPECT_FALSE(tests.failed);
 }
 
 TEST(TestRows, ListATestOnceForTheFirstOfItsSources) {

@@ -1,16 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "support/fakes.h"
-#include "text/white_space.h"
-#include "workers/context_builder/regex.h"
 
 namespace tarnwick::testing {
 namespace {
-
-using ::testing::ElementsAre;
 
 /// "name|type|description", a "-" for no type.
 std::vector<std::string> parameters(std::string_view docstring) {
@@ -64,62 +58,6 @@ TEST(DocstringParameters, ReadsEachStyleAsItsPatternSays) {
   };
   for (const Case& c : cases) {
     EXPECT_EQ(parameters(c.docstring), c.found) << c.docstring;
-  }
-}
-
-/// The patterns as they are quoted, matched without regard to the work they take.
-std::string spelled_out(std::string source) {
-  const std::pair<std::string, std::string> classes[] = {{"\\s", "[" + std::string(text::SPACE_CLASS) + "]"},
-                                                         {"\\w", R"([\p{L}\p{N}_])"}};
-  for (const auto& [name, spelled] : classes) {
-    for (std::size_t at = source.find(name); at != std::string::npos;
-         at = source.find(name, at + spelled.size())) {
-      source.replace(at, name.size(), spelled);
-    }
-  }
-  return source;
-}
-
-std::vector<std::string> by_quoted_patterns(const std::string& docstring) {
-  static const Pattern section(spelled_out(R"(Args:\s*\n((?:\s+\w+.*:.+\n?)+))"), Pattern::CASELESS);
-  static const Pattern line(spelled_out(R"(\s*(\w+)(?:\s*\(([^)]+)\))?:\s*(.+))"));
-  static const Pattern tag(spelled_out(R"(@param\s+(?:\{([^}]+)\}\s+)?(\w+)\s+(.+?)(?=@|$))"),
-                           Pattern::DOT_ALL);
-  std::vector<std::string> all;
-  std::vector<std::string> names;
-  const auto add = [&](const Match& match, std::string_view subject, std::size_t name, std::size_t type) {
-    const auto group = [&](std::size_t number) { return std::string(match.groups.at(number)->of(subject)); };
-    if (std::count(names.begin(), names.end(), group(name)) > 0) return;
-    names.push_back(group(name));
-    const std::string type_text = match.groups.at(type) ? std::string(text::trim(group(type))) : "-";
-    all.push_back(group(name) + "|" + type_text + "|" + std::string(text::trim(group(3))));
-  };
-  if (const auto match = section.search(docstring)) {
-    std::string_view block = text::trim(match->groups[1]->of(docstring));
-    while (true) {
-      const std::string_view one = block.substr(0, block.find('\n'));
-      if (const auto found = line.match(one)) add(*found, one, 1, 2);
-      if (one.size() == block.size()) break;
-      block.remove_prefix(one.size() + 1);
-    }
-  }
-  std::size_t start = 0;
-  while (const auto match = tag.search(docstring, start)) {
-    add(*match, docstring, 2, 1);
-    start = match->whole().end;
-  }
-  return all;
-}
-
-TEST(DocstringParameters, TheRestatedPatternsMatchAsTheQuotedOnes) {
-  const std::string_view pieces[] = {"Args:", "args:", "\n",   "\n",     "\n",     " ",      "  ",      "x",
-                                     "yy",    ":",     ":",    "(",      ")",      "@param", "@param ", "{",
-                                     "}",     "@",     "\x1C", "\u2003", "\u00E9", "*"};
-  std::mt19937 random(11);
-  for (int run = 0; run < 60000; ++run) {
-    std::string docstring = run % 2 == 0 ? "Args:" : "@param {";
-    for (auto i = random() % 16; i > 0; --i) docstring += pieces[random() % std::size(pieces)];
-    ASSERT_EQ(parameters(docstring), by_quoted_patterns(docstring)) << ::testing::PrintToString(docstring);
   }
 }
 

@@ -6,7 +6,6 @@
 namespace tarnwick::testing {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 TEST(RelatedSymbols, AreTheFirstOthersOfTheFile) {
@@ -75,24 +74,6 @@ TEST(UsageExample, IsTheMostTellingLine) {
     EXPECT_EQ(builder._get_usage_example(*symbol(1, "x")), c.example) << c.what;
   }
   EXPECT_EQ(builder._get_usage_example(*symbol(0, "x")), std::nullopt);
-}
-
-TEST(Recommendations, GoBySizeTestsAndInterfaces) {
-  FakeRepository index;
-  FakeTokenizer tokenizer;
-  const ContextBuilder builder(index, tokenizer);
-  const std::string none = "No matching symbols found. Try broader search terms.";
-  const std::string few = "Few symbols matched. Consider exploring related components.";
-  const std::string tests = "Found functions - consider their test requirements.";
-  const std::string api = "Check for related API handlers and middleware.";
-  const std::vector<OptionalText> five(5, OptionalText("function"));
-  EXPECT_THAT(strings(builder._generate_recommendations("fix endpoint", {})), ElementsAre(none, api));
-  EXPECT_THAT(strings(builder._generate_recommendations("test api", {"function"})),
-              ElementsAre(few, tests, api));
-  EXPECT_THAT(strings(builder._generate_recommendations("test apis", {"method", std::nullopt})),
-              ElementsAre(few));
-  EXPECT_THAT(strings(builder._generate_recommendations("endpoints", five)), ElementsAre(api));
-  EXPECT_THAT(strings(builder._generate_recommendations("tests", five)), ElementsAre(tests));
 }
 
 }  // namespace

@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <random>
-#include <set>
 
 #include "support/fakes.h"
 
@@ -117,56 +115,6 @@ TEST_F(Packing, CutsSnippetsWithinThePackAndLongerForDeepSymbols) {
   EXPECT_EQ(keys(pack.symbols[0]).back(), "snippet");
   options.repo_root = std::nullopt;
   EXPECT_TRUE(builder._build_pack(ranked, 2000, options).symbols[0].snippet.empty());
-}
-
-TEST_F(Packing, SurvivesAFailedTestLookupWithANote) {
-  index.fail("find_covering_tests", std::make_exception_ptr(std::runtime_error("x")));
-  const ContextPack pack = builder._build_pack({item(1, 1, "a")}, 100);
-  EXPECT_THAT(strings(pack.notes), ElementsAre(std::string(NO_TESTS)));
-  EXPECT_FALSE(pack.symbols.at(0).has_tests);
-  EXPECT_EQ(logger.records.size(), 1U);
-}
-
-TEST_F(Packing, HoldsItsInvariantsOverRandomRankings) {
-  std::mt19937 generator(3);
-  const auto random = [&] { return static_cast<std::int64_t>(generator()); };
-  for (int run = 0; run < 300; ++run) {
-    index.covering.clear();
-    for (auto i = random() % 6; i > 0; --i) {
-      index.covering.push_back(
-          {"t" + std::to_string(random() % 4), {{std::string(1, static_cast<char>('a' + random() % 6)), 1}}});
-    }
-    std::vector<RankedSymbol> ranked;
-    for (auto i = random() % 40; i > 0; --i) {
-      ranked.push_back(item(i, random() % 60,
-                            std::string(random() % 5 == 0 ? 0 : 1, static_cast<char>('a' + random() % 6))));
-    }
-    const auto budget = random() % 400;
-    const ContextPack pack = builder._build_pack(ranked, budget);
-    std::set<std::string> files;
-    std::int64_t cost = 0;
-    for (const Entry& entry : pack.symbols) {
-      cost += entry.symbol->token_count();
-      if (!entry.file.empty()) files.emplace(entry.file);
-    }
-    EXPECT_LE(pack.tokens_used, budget);
-    EXPECT_GE(pack.tokens_used, cost);
-    EXPECT_EQ(std::set<std::string>(pack.files.begin(), pack.files.end()), files);
-    for (const TestRow& row : pack.tests) EXPECT_TRUE(files.contains(std::string(row.source.view())));
-    // What was left out did not fit behind what was taken before it: a dearer item never stops a cheaper one.
-    const std::int64_t kept = budget - budget * 15 / 100 - 1;
-    std::size_t taken = 0;
-    std::int64_t used = 0;
-    for (std::size_t i = 0; i < std::min<std::size_t>(ranked.size(), 25); ++i) {
-      if (taken < pack.symbols.size() && pack.symbols[taken].symbol == ranked[i].symbol) {
-        used += ranked[i].symbol->token_count();
-        ++taken;
-      } else {
-        EXPECT_GT(used + ranked[i].symbol->token_count(), kept);
-      }
-    }
-    EXPECT_EQ(taken, pack.symbols.size());
-  }
 }
 
 }  // namespace

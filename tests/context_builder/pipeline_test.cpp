@@ -7,7 +7,6 @@ namespace tarnwick::testing {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
 std::vector<std::string> names(const ContextPack& pack) {
@@ -31,23 +30,6 @@ class Build : public ::testing::Test {
   ContextBuilder plain{index, tokenizer};
   ContextBuilder builder{index, tokenizer, &retriever};
 };
-
-TEST_F(Build, AsksItsCollaboratorsInOrder) {
-  retriever.note = "no history";
-  index.fail("find_covering_tests", std::make_exception_ptr(std::runtime_error("x")));
-  const ContextPack pack = builder.build_context_pack("parse", {.component_filter = "core"});
-  EXPECT_THAT(names(pack), ElementsAre("lex", "parse_tree"));
-  EXPECT_THAT(strings(pack.notes), ElementsAre("no history", std::string(NO_TESTS)));
-  EXPECT_THAT(retriever.calls, ElementsAre("parse,100"));
-  EXPECT_THAT(tokenizer.calls, ElementsAre("query_names", "query_terms", "query_terms", "is_test_query",
-                                           "query_terms", "is_test_query"));
-  const std::vector<std::string> first(index.calls.begin(), index.calls.begin() + 9);
-  EXPECT_THAT(
-      first,
-      ElementsAre("get_component_by_name(core)", "get_files_by_component(7)", "symbols_with_paths(2,3)",
-                  "get_file_paths_batch(2,3)", "test_paths(b.py,b.py)", "search_symbols(parse,50,source)",
-                  "get_component_by_name(core)", "get_files_by_component(7)", "get_file_paths_batch()"));
-}
 
 TEST_F(Build, PutsKeywordMatchesBehindTheSeedsOnce) {
   EXPECT_THAT(names(builder.build_context_pack("parse lex")), ElementsAre("lex", "parse_tree", "parse"));
@@ -82,17 +64,6 @@ TEST_F(Build, SearchesNoNamesWhenTheSeedsFillThePack) {
   EXPECT_THAT(retriever.calls, ElementsAre("parse,25"));
 }
 
-TEST_F(Build, RefusesAnUnknownComponentBeforeAskingAnythingElse) {
-  try {
-    builder.build_context_pack("parse", {.component_filter = "nowhere"});
-    FAIL();
-  } catch (const std::invalid_argument& error) {
-    EXPECT_STREQ(error.what(), "Unknown component: nowhere");
-  }
-  EXPECT_THAT(retriever.calls, IsEmpty());
-  EXPECT_THAT(index.calls, ElementsAre("get_component_by_name(nowhere)"));
-}
-
 TEST_F(Build, CarriesTheIndexingStatusAndSerialisesInOrder) {
   ContextPack pack = plain.build_context_pack("nothing", {.token_budget = -100});
   std::vector<std::string> keys;
@@ -124,20 +95,6 @@ TEST_F(Build, DerivesTheCeilingFromTheBudget) {
                                  .seed_symbols = std::vector<SymbolPtr>{make_symbol(costly)}};
       EXPECT_EQ(plain.build_context_pack("x", options).symbols.size(), over == 0 ? 1U : 0U) << budget;
     }
-  }
-}
-
-TEST_F(Build, PassesTheErrorsOfItsCollaboratorsOn) {
-  struct Failure : std::runtime_error {
-    using std::runtime_error::runtime_error;
-  };
-  for (const char* operation : {"symbols_with_paths", "get_file_paths_batch", "search_symbols",
-                                "production_fan_in", "get_references", "get_symbols_by_file"}) {
-    FakeRepository failing;
-    failing.add(fields(1, "parse"), "a.py");
-    failing.fail(operation, std::make_exception_ptr(Failure(operation)));
-    EXPECT_THROW(ContextBuilder(failing, tokenizer, &retriever).build_context_pack("parse"), Failure)
-        << operation;
   }
 }
 

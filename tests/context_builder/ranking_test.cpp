@@ -10,7 +10,6 @@ namespace tarnwick::testing {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 std::vector<std::int64_t> ids(const std::vector<RankedSymbol>& ranked) {
   std::vector<std::int64_t> all;
@@ -102,11 +101,6 @@ TEST_F(Ranking, KeepsAnExactMinimumAndTakesAbsentIds) {
       {make_symbol(below), make_symbol(nameless), make_symbol(at_minimum)}, {"alu"}, {.include_tests = true});
   EXPECT_THAT(ids(ranked), ElementsAre(-1, 0));
   EXPECT_FALSE(ranked[0].file_path);
-}
-
-TEST_F(Ranking, AsksTheIndexEvenForNothing) {
-  EXPECT_THAT(builder._rank_symbols({}, {"x"}), IsEmpty());
-  EXPECT_THAT(index.calls, ElementsAre("get_file_paths_batch()", "test_paths()"));
 }
 
 TEST_F(Ranking, WithALimitBeginsLikeTheWhole) {

@@ -50,12 +50,6 @@ TEST(Snippet, ComesFromRegularFilesOnly) {
   }
 }
 
-TEST(Snippet, OpensNamesThatAreNoText) {
-  const TempFolder folder;
-  folder.write("caf\xE9.py", "x\n");
-  EXPECT_EQ(ContextBuilder::_extract_snippet(folder.path() + "/caf\xED\xB3\xA9.py", 1, 1, 0).text, Text("x"));
-}
-
 TEST(Snippet, CountsALineEndThatStraddlesTheBlocksOfAFile) {
   const TempFolder folder;
   for (const std::size_t width : {65534U, 65535U, 65536U}) {

@@ -165,11 +165,5 @@ TEST(History, IsNoErrorWhereThereIsNone) {
   EXPECT_FALSE(retrieval::IndexRetriever(repository).retrieve("a", 25, false).note);
 }
 
-TEST(ListCommits, SurvivesARepositoryWithoutCommits) {
-  const tarnwick::testing::TempFolder folder;
-  EXPECT_FALSE(head_commit(folder.path(), {}));
-  EXPECT_FALSE(list_commits(folder.path(), "HEAD", 10, {}));
-}
-
 }  // namespace
 }  // namespace tarnwick::indexing

@@ -44,30 +44,6 @@ TEST(IndexFile, IsRefusedRebuiltOrLeftAloneByItsSchema) {
   }
 }
 
-TEST(IndexFile, ThatCannotBeWrittenIsNamed) {
-  const IndexedTree tree;
-  tree.write("file", "x");
-  const auto update = [&](const std::filesystem::path& file) {
-    tree.update([&](indexing::IndexOptions& options) { options.index_file = file; });
-  };
-  for (const std::filesystem::path& file :
-       {tree.root() / "file/index.db", std::filesystem::path("/proc/1/x/index.db")}) {
-    try {
-      update(file);
-      ADD_FAILURE() << file;
-    } catch (const IndexError& error) {
-      EXPECT_EQ(error.kind(), IndexError::Kind::unwritable) << error.what();
-      EXPECT_THAT(error.what(), HasSubstr(file.parent_path().string()));
-    }
-  }
-  try {
-    tree.open();
-    ADD_FAILURE();
-  } catch (const IndexError& error) {
-    EXPECT_EQ(error.kind(), IndexError::Kind::missing);
-  }
-}
-
 TEST(IndexFile, LiesInTheCacheFolderUnderOneNameForEachDirectory) {
   const TempFolder folder;
   folder.write("my repo/x", "");
