@@ -12,15 +12,17 @@
 
 namespace tarnwick::testing {
 
-/// A tool whose calls do what their "do" says.
+/// A tool whose calls do what their "do" says; one that waits reports for how many milliseconds it did.
 class FakeTool final : public mcp::Tool {
  public:
   const mcp::Json& definition() const override { return definition_; }
 
   mcp::Json call(const mcp::Input& arguments, const mcp::Call& call) const override {
     const std::string what = arguments.value("do", "");
-    for (int i = 0; what == "wait"; ++i) {
-      call.report(i, 1000, "waiting");
+    const auto start = std::chrono::steady_clock::now();
+    while (what == "wait") {
+      const std::chrono::duration<double, std::milli> waited = std::chrono::steady_clock::now() - start;
+      call.report(waited.count(), 60000, "waiting");
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
       call.check();
     }
