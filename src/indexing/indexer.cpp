@@ -252,6 +252,7 @@ class Update {
       writer_.remove_meta(storage::meta_keys::GIT_HEAD);
     }
     writer_.commit();
+    writer_.shrink();
   }
 
   /// False when interrupted.

@@ -93,15 +93,14 @@ State check(Connection& connection) {
 }
 
 void create_tables(Connection& connection) {
-  // WAL lets readers go on while the writer writes; it stays with the file.
+  // Both stay with the file. Room can be given back (IndexWriter::shrink); WAL lets readers go on while the
+  // writer writes.
+  connection.execute("PRAGMA auto_vacuum = INCREMENTAL");
   connection.execute("PRAGMA journal_mode = WAL");
   SQLite::Transaction transaction(connection.database());
   connection.execute(SCHEMA);
-  // The hash table in memory of a search table; bigger means fewer, larger segments to merge.
-  for (const char* table : {"symbol_search", "file_search"}) {
-    connection.execute("INSERT INTO " + std::string(table) + " (" + table +
-                       ", rank) VALUES ('hashsize', 16777216)");
-  }
+  // The hash table in memory of the search table; bigger means fewer, larger segments to merge.
+  connection.execute("INSERT INTO search (search, rank) VALUES ('hashsize', 16777216)");
   connection.execute("PRAGMA application_id = " + std::to_string(APPLICATION_ID));
   connection.execute("PRAGMA user_version = " + std::to_string(SCHEMA_VERSION));
   transaction.commit();

@@ -27,6 +27,9 @@ void run(SQLite::Statement& statement) {
   statement.reset();
 }
 
+/// Less than this part of the file is left to the next updates.
+constexpr std::int64_t LEAST_SHRINK = 32;
+
 constexpr const char* ROWS_OF_FILE = " WHERE id BETWEEN ?1 << 16 AND ?1 << 16 | 65535";
 
 FileInfo info_of(SQLite::Statement& row) {
@@ -50,13 +53,18 @@ std::vector<StoredFile> IndexWriter::files() {
   return files;
 }
 
+void IndexWriter::shrink() {
+  const std::int64_t free = connection_->number("PRAGMA freelist_count");
+  if (free > connection_->number("PRAGMA page_count") / LEAST_SHRINK)
+    connection_->execute("PRAGMA incremental_vacuum");
+}
+
 void IndexWriter::clear() {
   connection_->execute(
       "DELETE FROM files; DELETE FROM components; DELETE FROM names; DELETE FROM symbols; DELETE FROM uses; "
       "DELETE FROM used_names; "
-      "DELETE FROM imports; DELETE FROM words; "
-      "INSERT INTO symbol_search (symbol_search) VALUES ('delete-all'); "
-      "INSERT INTO file_search (file_search) VALUES ('delete-all')");
+      "DELETE FROM imports; DELETE FROM words; DELETE FROM search_sizes; "
+      "INSERT INTO search (search) VALUES ('delete-all')");
   name_ids_.clear();
 }
 
@@ -71,10 +79,9 @@ void IndexWriter::add(std::int64_t file_id, const FileRecord& record) {
   add_uses(file_id, record);
   add_imports(file_id, record);
   write_search(file_id, record.search, false);
-  SQLite::Statement& words = connection_->prepare("INSERT INTO words (file_id, words) VALUES (?, ?)");
-  words.bind(1, file_id);
-  words.bindNoCopy(2, record.packed_words.data(), static_cast<int>(record.packed_words.size()));
-  run(words);
+  add_blob("INSERT INTO words (file_id, words) VALUES (?, ?)", file_id, record.packed_words);
+  add_blob("INSERT INTO search_sizes (file_id, sizes) VALUES (?, ?)", file_id,
+           pack_sizes(record.search.sizes));
 }
 
 void IndexWriter::remove(std::int64_t file_id) {
@@ -87,7 +94,7 @@ void IndexWriter::remove(std::int64_t file_id) {
     run(statement);
   }
   for (const char* sql : {"DELETE FROM uses WHERE file_id = ?", "DELETE FROM words WHERE file_id = ?",
-                          "DELETE FROM files WHERE id = ?"}) {
+                          "DELETE FROM search_sizes WHERE file_id = ?", "DELETE FROM files WHERE id = ?"}) {
     SQLite::Statement& statement = connection_->prepare(sql);
     statement.bind(1, file_id);
     run(statement);
@@ -163,10 +170,7 @@ void IndexWriter::add_uses(std::int64_t file_id, const FileRecord& record) {
   names.reserve(record.uses.size());
   for (const UseRow& use : record.uses) names.push_back(name_id(use.name));
   const std::string packed = pack(record.uses, names);
-  SQLite::Statement& insert = connection_->prepare("INSERT INTO uses (file_id, uses) VALUES (?, ?)");
-  insert.bind(1, file_id);
-  insert.bindNoCopy(2, packed.data(), static_cast<int>(packed.size()));
-  run(insert);
+  add_blob("INSERT INTO uses (file_id, uses) VALUES (?, ?)", file_id, packed);
   const PackedUses uses(packed);
   for (const std::int64_t name : uses.names()) {
     SQLite::Statement& use = connection_->prepare("INSERT INTO used_names (name_id, file_id) VALUES (?, ?)");
@@ -186,28 +190,18 @@ void IndexWriter::add_imports(std::int64_t file_id, const FileRecord& record) {
   }
 }
 
-void IndexWriter::write_search(std::int64_t file_id, const SearchRows& rows, bool remove) {
-  SQLite::Statement& file = connection_->prepare(
-      remove ? "INSERT INTO file_search (file_search, rowid, body, path) VALUES ('delete', ?, ?, ?)"
-             : "INSERT INTO file_search (rowid, body, path) VALUES (?, ?, ?)");
-  file.bind(1, file_id);
-  file.bindNoCopy(2, rows.body);
-  file.bindNoCopy(3, rows.path);
-  run(file);
+void IndexWriter::write_search(std::int64_t file_id, const SearchRows& search, bool remove) {
   std::int64_t position = 0;
-  for (const SearchRow& symbol : rows.symbols) {
-    SQLite::Statement& row = connection_->prepare(
-        remove ? "INSERT INTO symbol_search (symbol_search, rowid, body, name, scope, signature, docstring, "
-                 "path) VALUES ('delete', ?, ?, ?, ?, ?, ?, ?)"
-               : "INSERT INTO symbol_search (rowid, body, name, scope, signature, docstring, path) "
-                 "VALUES (?, ?, ?, ?, ?, ?, ?)");
-    row.bind(1, symbol_id(file_id, ++position));
+  for (const SearchRow& row : search.rows) {
+    SQLite::Statement& statement = connection_->prepare(
+        remove ? "INSERT INTO search (search, rowid, body, again, name, scope, signature, docstring, path) "
+                 "VALUES ('delete', ?, ?, ?, ?, ?, ?, ?, ?)"
+               : "INSERT INTO search (rowid, body, again, name, scope, signature, docstring, path) "
+                 "VALUES (?, ?, ?, ?, ?, ?, ?, ?)");
     int column = 1;
-    for (const std::string* text :
-         {&symbol.body, &symbol.name, &symbol.scope, &symbol.signature, &symbol.docstring, &rows.path}) {
-      row.bindNoCopy(++column, *text);
-    }
-    run(row);
+    statement.bind(column, symbol_id(file_id, position++));
+    for (const std::string& words : row) statement.bindNoCopy(++column, words);
+    run(statement);
   }
 }
 
@@ -268,6 +262,13 @@ void IndexWriter::note_symbols(std::int64_t file_id) {
   query.bind(1, file_id);
   while (query.executeStep()) perhaps_unused_.insert(query.getColumn(0).getInt64());
   query.reset();
+}
+
+void IndexWriter::add_blob(std::string_view sql, std::int64_t file_id, const std::string& bytes) {
+  SQLite::Statement& insert = connection_->prepare(sql);
+  insert.bind(1, file_id);
+  insert.bindNoCopy(2, bytes.data(), static_cast<int>(bytes.size()));
+  run(insert);
 }
 
 std::string IndexWriter::blob(std::string_view sql, std::int64_t file_id) {

@@ -30,7 +30,7 @@ struct ComponentRow {
 /// Writes over one connection, inside transactions that its user begins and commits. One thread. Errors are
 /// those of SQLiteCpp; Connection::guard turns them into IndexErrors.
 ///
-/// The search tables take rows fastest in ascending order: remove files first, then add, both by ascending
+/// The search table takes rows fastest in ascending order: remove files first, then add, both by ascending
 /// id.
 class IndexWriter {
  public:
@@ -43,6 +43,9 @@ class IndexWriter {
   }
 
   void roll_back() { connection_->execute("ROLLBACK"); }
+
+  /// Gives back the room of what went when it is a good part of the file. Call outside of a transaction.
+  void shrink();
 
   /// Takes everything out.
   void clear();
@@ -79,12 +82,13 @@ class IndexWriter {
   void add_symbols(std::int64_t file_id, const FileRecord& record);
   void add_uses(std::int64_t file_id, const FileRecord& record);
   void add_imports(std::int64_t file_id, const FileRecord& record);
-  void write_search(std::int64_t file_id, const SearchRows& rows, bool remove);
+  void write_search(std::int64_t file_id, const SearchRows& search, bool remove);
   void remove_search(std::int64_t file_id);
   /// The stored symbols of a file as far as search_rows asks for them.
   std::vector<SymbolRow> symbols(std::int64_t file_id);
   void remove_uses(std::int64_t file_id);
   void note_symbols(std::int64_t file_id);
+  void add_blob(std::string_view sql, std::int64_t file_id, const std::string& bytes);
   std::string blob(std::string_view sql, std::int64_t file_id);
 
   Connection* connection_;

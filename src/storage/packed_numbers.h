@@ -29,6 +29,8 @@ class PackedInput {
  public:
   explicit PackedInput(std::string_view bytes) : bytes_(bytes) {}
 
+  bool empty() const { return bytes_.empty(); }
+
   std::uint64_t number() {
     std::uint64_t result = 0;
     for (unsigned shift = 0; shift < 64; shift += 7) {

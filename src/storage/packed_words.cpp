@@ -1,5 +1,6 @@
 #include <zstd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -66,6 +67,19 @@ std::string pack(const FileWords& words) {
   put(bytes, words.bodies.size());
   for (const WordBag& body : words.bodies) put_bag(bytes, body);
   return compress(bytes);
+}
+
+std::string pack_sizes(const std::vector<std::uint32_t>& sizes) {
+  std::string bytes;
+  for (const std::uint32_t size : sizes) put(bytes, size);
+  return bytes;
+}
+
+std::vector<std::uint32_t> unpack_sizes(std::string_view packed) {
+  std::vector<std::uint32_t> sizes;
+  for (PackedInput input(packed); !input.empty();)
+    sizes.push_back(static_cast<std::uint32_t>(std::min<std::uint64_t>(input.number(), UINT32_MAX)));
+  return sizes;
 }
 
 FileWords unpack(std::string_view packed) {

@@ -66,11 +66,11 @@ CREATE INDEX imports_module ON imports (module_key);
 CREATE INDEX imports_name ON imports (name);
 
 CREATE TABLE words (file_id INTEGER PRIMARY KEY, words BLOB NOT NULL);
+CREATE TABLE search_sizes (file_id INTEGER PRIMARY KEY, sizes BLOB NOT NULL);
 
-CREATE VIRTUAL TABLE symbol_search USING fts5 (
-  body, name, scope, signature, docstring, path, content = '', tokenize = "ascii tokenchars '_$'");
-CREATE VIRTUAL TABLE file_search USING fts5 (
-  body, path, content = '', tokenize = "ascii tokenchars '_$'");
+CREATE VIRTUAL TABLE search USING fts5 (
+  body, again, name, scope, signature, docstring, path,
+  content = '', columnsize = 0, detail = column, tokenize = "ascii tokenchars '_$'");
 
 CREATE TABLE commits (id INTEGER PRIMARY KEY, hash TEXT NOT NULL, files INTEGER NOT NULL, touched_read INTEGER NOT NULL);
 CREATE TABLE commit_paths (id INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE);

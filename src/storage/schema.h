@@ -12,13 +12,14 @@
 //   uses(file_id, uses)         a file's uses of names, packed: packed_uses.h
 //   used_names(name_id, file_id) the files that use a name
 //   imports(id, module, …)      module_key: see import_keys.h
-//   words(file_id, words)       the words of a file's text, compressed: a contentless table can only forget a
-//                               row when it is told the row's text again (search_text.h)
-//   symbol_search, file_search  FTS5 over the words of retrieval/words.h, rowid = symbol id or file id.
-//   Tables without
-//                               content: they answer rowids and bm25(), no text. The fullest column comes
-//                               first, for which an entry needs no mark.
-//   commits(id, hash, files, …)  past commits; a newer one has a greater id. One that changed no file of the
+//   words(file_id, words)       the words of a file's text, compressed: a table without content can only
+//   forget
+//                               a row when it is told the row's text again (search_text.h)
+//   search                      FTS5 over the words of retrieval/words.h: which columns of which rows hold a
+//                               word. rowid = symbol id; position 0 stands for the file. No content, no
+//                               positions, no sizes: readers weigh the rows themselves
+//   search_sizes(file_id, sizes) how many words the rows of a file have, packed: search_text.h
+//   commits(id, hash, files, …) past commits; a newer one has a greater id. One that changed no file of the
 //                               tree, or many, has no further rows
 //   commit_files(…, names)      the files of a commit and, blank-separated, the names of what it touched
 //   there commit_paths(id, path)      their paths, which need not be in the tree any more commit_search FTS5
@@ -32,7 +33,7 @@ namespace tarnwick::storage {
 
 /// Counts up with every change of tables, of what is put in them, or of extraction: an older index is
 /// rebuilt.
-inline constexpr int SCHEMA_VERSION = 5;
+inline constexpr int SCHEMA_VERSION = 6;
 
 /// "tarn" in the header of the file; frozen.
 inline constexpr int APPLICATION_ID = 0x7461726E;
@@ -51,6 +52,10 @@ constexpr std::int64_t file_of(std::int64_t symbol_id) {
   return symbol_id >> POSITION_BITS;
 }
 
+constexpr std::int64_t position_of(std::int64_t symbol_id) {
+  return symbol_id & ((std::int64_t{1} << POSITION_BITS) - 1);
+}
+
 namespace meta_keys {
 inline constexpr const char* ROOT = "root";              ///< the repository's real path
 inline constexpr const char* INDEXED_AT = "indexed_at";  ///< seconds since 1970 of the last complete indexing
@@ -59,7 +64,8 @@ inline constexpr const char* READER = "reader";          ///< version of the ext
 inline constexpr const char* GIT_HEAD = "git_head";      ///< the commit checked out then; absent without git
 inline constexpr const char* FILES_TO_INDEX =
     "files_total";  ///< of a first indexing under way; absent when complete
-inline constexpr const char* HISTORY_HEAD = "history_head";  ///< the commit up to which history was read whole
+inline constexpr const char* HISTORY_HEAD =
+    "history_head";  ///< the commit up to which history was read whole
 }  // namespace meta_keys
 
 extern const char* const SCHEMA;

@@ -10,6 +10,9 @@
 namespace tarnwick::storage {
 namespace {
 
+// Positions in SEARCH_COLUMNS.
+enum Column : std::size_t { BODY, AGAIN, NAME, SCOPE, SIGNATURE, DOCSTRING, PATH };
+
 /// Numbers of words in any order.
 using Words = std::vector<std::uint32_t>;
 
@@ -107,18 +110,33 @@ class Columns {
 
   Counts& counts() { return counts_; }
 
-  /// What was counted, as a text.
-  std::string text() {
-    std::string out;
-    counts_.take([&](std::uint32_t word, std::size_t count) {
-      for (count = std::min(count, MOST_REPEATS); count > 0; --count) (out += vocabulary_.word(word)) += ' ';
+  /// Writes what was counted, and what of it came more than once, and gives its size.
+  std::uint32_t write(std::string& body, std::string& again) {
+    std::uint32_t size = 0;
+    counts_.take([&](std::uint32_t word, std::uint32_t count) {
+      (body += vocabulary_.word(word)) += ' ';
+      if (count > 1) (again += vocabulary_.word(word)) += ' ';
+      size += std::min(count, MOST_REPEATS);
     });
-    return out;
+    return size;
   }
 
-  std::string text(const Words& words) {
+  /// How many words were counted.
+  std::uint32_t size() {
+    std::uint32_t size = 0;
+    counts_.take([&](std::uint32_t, std::uint32_t count) { size += std::min(count, MOST_REPEATS); });
+    return size;
+  }
+
+  /// Writes the words, and gives their number.
+  std::uint32_t write(std::string& column, const Words& words) {
+    std::uint32_t size = 0;
     counts_.add(words);
-    return text();
+    counts_.take([&](std::uint32_t word, std::uint32_t) {
+      (column += vocabulary_.word(word)) += ' ';
+      ++size;
+    });
+    return size;
   }
 
  private:
@@ -154,7 +172,7 @@ FileWords words_of(std::string_view text, const std::vector<indexing::Definition
     counts.add(body);
     WordBag& bag = words.bodies.emplace_back();
     counts.take([&](std::uint32_t word, std::uint32_t count) {
-      bag.push_back({word, std::min(count, std::uint32_t{MOST_REPEATS} + 1)});
+      bag.push_back({word, std::min(count, MOST_REPEATS + 1)});
     });
   }
   words.vocabulary.reserve(vocabulary.size());
@@ -166,31 +184,36 @@ FileWords words_of(std::string_view text, const std::vector<indexing::Definition
 SearchRows search_rows(const FileWords& words, std::string_view path, std::span<const SymbolTexts> symbols) {
   if (words.bodies.size() != symbols.size() + 1) PackedInput::damaged();
   Columns columns(words);
-  SearchRows rows;
-  rows.path = columns.text(columns.words_of(path));
+  SearchRows result;
+  result.rows.resize(symbols.size() + 1);
+  result.sizes.resize(symbols.size() + 1);
   for (const WordBag& body : words.bodies) columns.count(body);
-  rows.body = columns.text();
+  SearchRow& file = result.rows.front();
+  result.sizes.front() = columns.size();
+  result.sizes.front() += columns.write(file[PATH], columns.words_of(path));
+  columns.count(words.bodies.back());
+  columns.write(file[BODY], file[AGAIN]);
   std::vector<Words> inner_names(symbols.size());
-  rows.symbols.resize(symbols.size());
   // Backwards, since what is inside a symbol follows it.
   for (std::size_t i = symbols.size(); i-- > 0;) {
     const SymbolTexts& symbol = symbols[i];
     const Words name = columns.words_of(symbol.name);
     const Words signature = columns.words_of(symbol.signature);
-    SearchRow& row = rows.symbols[i];
+    SearchRow& row = result.rows[i + 1];
     columns.count(words.bodies[i]);
     columns.counts().subtract(signature.empty() ? name : signature);
     columns.counts().add(inner_names[i]);
-    row.body = columns.text();
-    row.name = columns.text(name);
-    row.scope = columns.text(columns.words_of(scope_of(symbol)));
-    row.signature = columns.text(signature);
-    row.docstring = columns.text(columns.words_of(symbol.docstring));
+    std::uint32_t& size = result.sizes[i + 1];
+    size = columns.write(row[BODY], row[AGAIN]);
+    size += columns.write(row[NAME], name);
+    size += columns.write(row[SCOPE], columns.words_of(scope_of(symbol)));
+    size += columns.write(row[SIGNATURE], signature);
+    size += columns.write(row[DOCSTRING], columns.words_of(symbol.docstring));
     if (!symbol.parent || *symbol.parent >= i) continue;
     Words& outer = inner_names[*symbol.parent];
     outer.insert(outer.end(), name.begin(), name.end());
   }
-  return rows;
+  return result;
 }
 
 }  // namespace tarnwick::storage

@@ -1,6 +1,7 @@
 // What the search tables hold of a file.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -12,9 +13,9 @@
 
 namespace tarnwick::storage {
 
-/// How often a word counts at most in a column of a row. Rankings flatten repetition anyway, and it makes up
-/// most of a text.
-inline constexpr std::size_t MOST_REPEATS = 3;
+/// How often a word counts at most in the text of a symbol. Rankings flatten repetition anyway, and it makes
+/// up most of a text.
+inline constexpr std::uint32_t MOST_REPEATS = 2;
 
 struct CountedWord {
   std::uint32_t number = 0;  ///< position in a vocabulary
@@ -44,21 +45,28 @@ struct SymbolTexts {
   std::optional<std::size_t> parent;  ///< position of the symbol that holds it, an earlier one
 };
 
-/// The columns of symbol_search: words, each with a blank behind it. The body of a symbol is its own text
-/// without its declaration, which is a column of its own, and with the names of what is inside it.
-struct SearchRow {
-  std::string body, name, scope, signature, docstring;
-};
+/// The columns of the search table, by position. The body of a symbol is its own text without its
+/// declaration, which is a column of its own, and with the names of what is inside it; `again` holds the
+/// words that a body has more than once. The body of a file is what is outside of all symbols.
+inline constexpr std::array<std::string_view, 7> SEARCH_COLUMNS = {"body",      "again",     "name", "scope",
+                                                                   "signature", "docstring", "path"};
 
-/// The columns of file_search, and the rows of its symbols. The path serves the symbols, too.
+/// One row: the words of each column, each once and with a blank behind it.
+using SearchRow = std::array<std::string, SEARCH_COLUMNS.size()>;
+
+/// What the search table holds of a file.
 struct SearchRows {
-  std::string body, path;
-  std::vector<SearchRow> symbols;
+  std::vector<SearchRow> rows;  ///< first that of the file, which has its path, then those of the symbols
+  std::vector<std::uint32_t> sizes;  ///< their words; first those of the whole file, none more than twice
 };
 
 /// Equal arguments give equal rows: to take a row out of a search table one has to name its words again.
 /// Throws IndexError (damaged) when the words are not of those symbols.
 SearchRows search_rows(const FileWords& words, std::string_view path, std::span<const SymbolTexts> symbols);
+
+/// SearchRows::sizes as bytes, and back. unpack_sizes throws IndexError (damaged) for anything else.
+std::string pack_sizes(const std::vector<std::uint32_t>& sizes);
+std::vector<std::uint32_t> unpack_sizes(std::string_view packed);
 
 /// The words as one compressed text, and back. unpack throws IndexError (damaged) for anything else.
 std::string pack(const FileWords& words);

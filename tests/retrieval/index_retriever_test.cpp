@@ -127,7 +127,7 @@ TEST_F(IndexRetrieverTest, EqualScoresComeInOrderOfIds) {
 
 TEST_F(IndexRetrieverTest, NotesATableThatCannotBeAsked) {
   storage::Connection(tree.index_file(), storage::Connection::Mode::write)
-      .execute("DROP TABLE symbol_search");
+      .execute("DROP TABLE search");
   const storage::StoredRepository repository = tree.open();
   const RetrievalResult result = IndexRetriever(repository).retrieve("call check_limit()", 25, false);
   ASSERT_TRUE(result.note);

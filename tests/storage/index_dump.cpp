@@ -22,12 +22,10 @@ constexpr const char* QUERIES[] = {
     "SELECT 'import', f.path, i.id & 65535, module, name, alias, module_key, line "
     "FROM imports AS i JOIN files AS f ON f.id = i.id >> 16",
     "SELECT 'words', f.path, hex(words) FROM words AS w JOIN files AS f ON f.id = w.file_id",
-    "SELECT 'symbol word', term, ifnull(f.path, 'lost'), doc & 65535, col, offset "
-    "FROM symbol_words AS w LEFT JOIN files AS f ON f.id = doc >> 16",
-    "SELECT 'file word', term, ifnull(f.path, 'lost'), col, offset "
-    "FROM file_words AS w LEFT JOIN files AS f ON f.id = doc",
-    "SELECT 'symbol sizes', hex(block) FROM symbol_search_data WHERE id = 1",
-    "SELECT 'file sizes', hex(block) FROM file_search_data WHERE id = 1",
+    "SELECT 'search sizes', f.path, hex(sizes) FROM search_sizes AS s JOIN files AS f ON f.id = s.file_id",
+    "SELECT 'search word', term, ifnull(f.path, 'lost'), doc & 65535, col "
+    "FROM search_words AS w LEFT JOIN files AS f ON f.id = doc >> 16",
+    "SELECT 'search total', hex(block) FROM search_data WHERE id = 1",
     "SELECT 'commit', row_number() OVER (ORDER BY c.id), hash, files, touched_read, subject "
     "FROM commits AS c LEFT JOIN commit_search AS s ON s.rowid = c.id",
     "SELECT 'commit file', hash, path, names FROM commit_files LEFT JOIN commits AS c ON c.id = commit_id "
@@ -62,9 +60,7 @@ void dump_uses(storage::Connection& connection, std::vector<std::string>& lines)
 
 std::vector<std::string> dump(const std::filesystem::path& index_file) {
   const auto connection = storage::open_for_reading(index_file);
-  connection->execute(
-      "CREATE VIRTUAL TABLE temp.symbol_words USING fts5vocab (main, symbol_search, instance)");
-  connection->execute("CREATE VIRTUAL TABLE temp.file_words USING fts5vocab (main, file_search, instance)");
+  connection->execute("CREATE VIRTUAL TABLE temp.search_words USING fts5vocab (main, search, instance)");
   std::vector<std::string> lines;
   for (const char* sql : QUERIES) {
     SQLite::Statement query(connection->database(), sql);

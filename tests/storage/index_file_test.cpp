@@ -66,11 +66,13 @@ TEST(Packed, ComesBackAndIsCheckedOnTheWay) {
   storage::FileInfo info;
   info.path = "src/a.toy";
   const storage::FileRecord record = storage::make_record(info, facts, TEXT);
-  EXPECT_EQ(record.search.symbols.at(0).body, "open open clos end ");
+  EXPECT_EQ(record.search.rows.at(1).at(0), "open clos end ");
+  EXPECT_EQ(record.search.rows.at(1).at(1), "open ");
+  EXPECT_EQ(storage::unpack_sizes(storage::pack_sizes(record.search.sizes)), record.search.sizes);
   const storage::FileWords words = storage::unpack(record.packed_words);
   EXPECT_EQ(storage::pack(words), record.packed_words);
-  EXPECT_EQ(storage::search_rows(words, "src/a.toy", storage::texts_of(record.symbols)).symbols.at(0).body,
-            "open open clos end ");
+  EXPECT_EQ(storage::search_rows(words, "src/a.toy", storage::texts_of(record.symbols)).rows,
+            record.search.rows);
   std::vector<std::int64_t> names(record.uses.size());
   for (std::size_t i = 0; i < names.size(); ++i) names[i] = static_cast<std::int64_t>(i * 1000);
   const std::string uses = storage::pack(record.uses, names);

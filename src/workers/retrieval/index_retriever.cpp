@@ -60,13 +60,7 @@ class Ranking {
         include_tests_(include_tests) {}
 
   void gather() {
-    guarded("the text index", [&] {
-      weights_ = word_weights(*connection_, words_);
-      words_.keep_most_telling(MOST_WORDS, weights_);
-    });
     guarded("the text index", [&] { gather_text(); });
-    guarded("the text index", [&] { gather_files(); });
-    guarded("the text index", [&] { gather_paths(); });
     guarded("the history", [&] { gather_history(); });
     gather_names();
     gather_callers();
@@ -110,23 +104,23 @@ class Ranking {
   }
 
   void gather_text() {
-    std::vector<RowScore> rows = search_symbols(*connection_, words_);
-    std::erase_if(rows, [&](const RowScore& row) { return !admits(file_of(row.id)); });
-    normalise(rows);
-    text_ = map_of(rows);
-    lenders_ = best(std::move(rows), LENDERS);
+    if (words_.words.size() > MOST_WORDS)
+      words_.keep_most_telling(MOST_WORDS, word_weights(*connection_, words_));
+    TextScores found = search_text(*connection_, words_);
+    weights_ = std::move(found.weights);
+    std::erase_if(found.symbols, [&](const RowScore& row) { return !admits(file_of(row.id)); });
+    std::erase_if(found.files, [&](const RowScore& row) { return !admits(row.id); });
+    normalise(found.symbols);
+    normalise(found.files);
+    text_ = map_of(found.symbols);
+    file_ = map_of(found.files);
+    lenders_ = best(std::move(found.symbols), LENDERS);
+    gather_paths(found.paths);
   }
 
-  void gather_files() {
-    std::vector<RowScore> rows = search_files(*connection_, words_);
-    std::erase_if(rows, [&](const RowScore& row) { return !admits(row.id); });
-    normalise(rows);
-    file_ = map_of(rows);
-  }
-
-  void gather_paths() {
+  void gather_paths(const std::vector<std::int64_t>& files) {
     const std::vector<std::string> area = area_words(task_);
-    for (const std::int64_t id : search_paths(*connection_, words_)) {
+    for (const std::int64_t id : files) {
       if (!admits(id)) continue;
       const std::unordered_set<std::string> held = words_held(files_.find(id)->path);
       path_[id] = weight_of(held);

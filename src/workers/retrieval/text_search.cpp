@@ -1,10 +1,17 @@
 #include "workers/retrieval/text_search.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <functional>
+#include <optional>
+#include <span>
+#include <utility>
 
+#include "storage/schema.h"
+#include "storage/search_text.h"
 #include "workers/retrieval/query.h"
+#include "workers/retrieval/text_sizes.h"
 #include "workers/retrieval/words.h"
 
 namespace tarnwick::retrieval {
@@ -12,34 +19,150 @@ namespace {
 
 using storage::Connection;
 
-// Columns: body, name, scope, signature, docstring, path.
-constexpr const char* SYMBOLS =
-    "SELECT rowid, -bm25(symbol_search, 2, 3, 1, 1, 0.5, 0.5) FROM symbol_search WHERE symbol_search MATCH "
-    "?";
-// Columns: body, path.
-constexpr const char* FILES =
-    "SELECT rowid, -bm25(file_search, 1, 1) FROM file_search WHERE file_search MATCH ?";
-constexpr const char* PATHS = "SELECT rowid, 1 FROM file_search WHERE file_search MATCH ?";
-constexpr const char* COMMITS =
-    "SELECT rowid, -bm25(commit_search) FROM commit_search WHERE commit_search MATCH ?";
+/// How much a word counts in each of storage::SEARCH_COLUMNS: for its symbol, and for its file, of which the
+/// columns that repeat others say nothing new.
+constexpr std::array<double, storage::SEARCH_COLUMNS.size()> SYMBOL_WEIGHTS = {2, 2, 3, 1, 1, 0.5, 0};
+constexpr std::array<double, storage::SEARCH_COLUMNS.size()> FILE_WEIGHTS = {1, 1, 0, 0, 1, 0, 1};
+constexpr std::size_t PATH = storage::SEARCH_COLUMNS.size() - 1;
+
+/// More of a word in a file makes no difference.
+constexpr double MOST_IN_FILE = 4;
+
+// The usual parameters of BM25: how soon more of a word ceases to count, and how much long texts lose.
+constexpr double SATURATION = 1.2;
+constexpr double LENGTH_NORM = 0.75;
+
+std::size_t column_number(std::string_view name) {
+  return static_cast<std::size_t>(std::ranges::find(storage::SEARCH_COLUMNS, name) -
+                                  storage::SEARCH_COLUMNS.begin());
+}
+
+/// BM25 of many texts, added up word by word. Texts are numbered.
+class Bm25 {
+ public:
+  Bm25(std::span<const std::uint32_t> sizes, double average)
+      : sizes_(sizes), average_(average), scores_(sizes.size()) {}
+
+  /// The word at hand is in that text.
+  void add(std::size_t text, double frequency) { found_.emplace_back(text, frequency); }
+
+  /// All texts of the word were added. Gives their number.
+  std::size_t end_word() {
+    const auto all = static_cast<double>(sizes_.size());
+    const auto with = static_cast<double>(found_.size());
+    // A word that most texts have still says a little.
+    const double idf = std::max(1e-6, std::log((all - with + 0.5) / (with + 0.5)));
+    for (const auto& [text, frequency] : found_) {
+      const double length = 1 - LENGTH_NORM + LENGTH_NORM * sizes_[text] / average_;
+      scores_[text] += idf * frequency * (SATURATION + 1) / (frequency + SATURATION * length);
+    }
+    const std::size_t count = found_.size();
+    found_.clear();
+    return count;
+  }
+
+  const std::vector<double>& scores() const { return scores_; }
+
+ private:
+  std::span<const std::uint32_t> sizes_;
+  double average_;
+  std::vector<std::pair<std::size_t, double>> found_;
+  std::vector<double> scores_;
+};
+
+/// The search of one task.
+class TextSearch {
+ public:
+  explicit TextSearch(Connection& connection)
+      : connection_(&connection),
+        sizes_(connection.fact<TextSizes>()),
+        symbols_(sizes_.symbols(), sizes_.average_symbol()),
+        files_(sizes_.files(), sizes_.average_file()) {
+    connection.execute(
+        "CREATE VIRTUAL TABLE IF NOT EXISTS temp.search_words USING fts5vocab (main, search, instance)");
+  }
+
+  /// How telling the word is.
+  double add(const std::string& word) {
+    SQLite::Statement& query = connection_->prepare("SELECT doc, col FROM temp.search_words WHERE term = ?");
+    query.bind(1, word);
+    while (query.executeStep())
+      add(query.getColumn(0).getInt64(), column_number(query.getColumn(1).getText()));
+    query.reset();
+    end_file();
+    symbols_.end_word();
+    const std::size_t files = files_.end_word();
+    return files == 0 ? 0
+                      : std::log(1 + static_cast<double>(sizes_.files().size()) / static_cast<double>(files));
+  }
+
+  TextScores scores() && {
+    TextScores result;
+    for (std::size_t file = 0; file < sizes_.files().size(); ++file) {
+      const std::int64_t id = sizes_.id(file);
+      if (files_.scores()[file] > 0) result.files.push_back({id, files_.scores()[file]});
+      for (std::size_t n = sizes_.first(file); n < sizes_.first(file + 1); ++n)
+        if (symbols_.scores()[n] > 0)
+          result.symbols.push_back(
+              {storage::symbol_id(id, static_cast<std::int64_t>(n - sizes_.first(file)) + 1),
+               symbols_.scores()[n]});
+    }
+    std::ranges::sort(paths_);
+    paths_.erase(std::ranges::unique(paths_).begin(), paths_.end());
+    result.paths = std::move(paths_);
+    return result;
+  }
+
+ private:
+  /// Rows come by ascending id.
+  void add(std::int64_t row, std::size_t column) {
+    if (storage::file_of(row) != id_) {
+      end_file();
+      id_ = storage::file_of(row);
+      file_ = sizes_.find(id_);
+    }
+    if (!file_) return;
+    if (row != row_) end_row();
+    row_ = row;
+    in_symbol_ += SYMBOL_WEIGHTS[column];
+    in_file_ += FILE_WEIGHTS[column];
+    if (column == PATH) paths_.push_back(id_);
+  }
+
+  void end_row() {
+    // Position 0 is the file itself.
+    const std::size_t number =
+        sizes_.first(*file_) + static_cast<std::size_t>(storage::position_of(row_)) - 1;
+    if (in_symbol_ > 0 && storage::position_of(row_) > 0 && number < sizes_.first(*file_ + 1))
+      symbols_.add(number, in_symbol_);
+    in_symbol_ = 0;
+  }
+
+  void end_file() {
+    if (!file_) return;
+    end_row();
+    if (in_file_ > 0) files_.add(*file_, std::min(in_file_, MOST_IN_FILE));
+    in_file_ = 0;
+    file_.reset();
+    id_ = -1;
+  }
+
+  Connection* connection_;
+  const TextSizes& sizes_;
+  Bm25 symbols_, files_;
+  std::vector<std::int64_t> paths_;
+  // Of the word at hand:
+  std::int64_t id_ = -1, row_ = -1;
+  std::optional<std::size_t> file_;
+  double in_symbol_ = 0, in_file_ = 0;
+};
 
 /// Any of the words, each quoted: none of them is an operator.
-std::string any_of(const SearchWords& words, std::string_view columns = {}) {
+std::string any_of(const SearchWords& words) {
   std::string match;
   for (const std::string& word : words.words)
     match.append(match.empty() ? "\"" : " OR \"").append(word).append("\"");
-  return columns.empty() ? match : std::string(columns).append(" : (").append(match).append(")");
-}
-
-std::vector<RowScore> ask(Connection& connection, const char* sql, const SearchWords& words,
-                          std::string_view columns = {}) {
-  std::vector<RowScore> rows;
-  if (words.words.empty()) return rows;
-  SQLite::Statement& query = connection.prepare(sql);
-  query.bind(1, any_of(words, columns));
-  while (query.executeStep()) rows.push_back({query.getColumn(0).getInt64(), query.getColumn(1).getDouble()});
-  query.reset();
-  return rows;
+  return match;
 }
 
 bool is_better(const RowScore& a, const RowScore& b) {
@@ -77,33 +200,34 @@ void SearchWords::keep_most_telling(std::size_t count,
   words.resize(count);
 }
 
-std::vector<RowScore> search_symbols(Connection& connection, const SearchWords& words) {
-  return ask(connection, SYMBOLS, words);
-}
-
-std::vector<RowScore> search_files(Connection& connection, const SearchWords& words) {
-  return ask(connection, FILES, words);
+TextScores search_text(Connection& connection, const SearchWords& words) {
+  TextSearch search(connection);
+  std::unordered_map<std::string, double> weights;
+  for (const std::string& word : words.words) weights[word] = search.add(word);
+  TextScores scores = std::move(search).scores();
+  scores.weights = std::move(weights);
+  return scores;
 }
 
 std::vector<RowScore> search_commits(Connection& connection, const SearchWords& words) {
-  return ask(connection, COMMITS, words);
-}
-
-std::vector<std::int64_t> search_paths(Connection& connection, const SearchWords& words) {
-  std::vector<std::int64_t> files;
-  for (const RowScore& row : ask(connection, PATHS, words, "path")) files.push_back(row.id);
-  return files;
+  std::vector<RowScore> rows;
+  if (words.words.empty()) return rows;
+  SQLite::Statement& query =
+      connection.prepare("SELECT rowid, -bm25(commit_search) FROM commit_search WHERE commit_search MATCH ?");
+  query.bind(1, any_of(words));
+  while (query.executeStep()) rows.push_back({query.getColumn(0).getInt64(), query.getColumn(1).getDouble()});
+  query.reset();
+  return rows;
 }
 
 std::unordered_map<std::string, double> word_weights(Connection& connection, const SearchWords& words) {
-  connection.execute(
-      "CREATE VIRTUAL TABLE IF NOT EXISTS temp.file_words USING fts5vocab ('main', 'file_search', 'row')");
-  const auto files = static_cast<double>(connection.number("SELECT count(*) FROM files WHERE skip IS NULL"));
+  connection.execute("CREATE VIRTUAL TABLE IF NOT EXISTS temp.word_rows USING fts5vocab (main, search, row)");
+  const auto rows = static_cast<double>(connection.fact<TextSizes>().symbols().size());
   std::unordered_map<std::string, double> weights;
   for (const std::string& word : words.words) {
-    SQLite::Statement& query = connection.prepare("SELECT doc FROM temp.file_words WHERE term = ?");
+    SQLite::Statement& query = connection.prepare("SELECT doc FROM temp.word_rows WHERE term = ?");
     query.bind(1, word);
-    weights[word] = query.executeStep() ? std::log(1 + files / query.getColumn(0).getDouble()) : 0;
+    weights[word] = query.executeStep() ? std::log(1 + rows / query.getColumn(0).getDouble()) : 0;
     query.reset();
   }
   return weights;

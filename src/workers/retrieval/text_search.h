@@ -1,4 +1,4 @@
-// The full-text tables, asked for the words of a task.
+// The task's words in the texts of the index.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace tarnwick::retrieval {
 
-/// BM25 of a row of a search table; higher is better, above 0.
+/// BM25 of a symbol, file or commit; higher is better, above 0.
 struct RowScore {
   std::int64_t id = 0;
   double score = 0;
@@ -30,17 +30,23 @@ struct SearchWords {
   void keep_most_telling(std::size_t count, const std::unordered_map<std::string, double>& weights);
 };
 
-/// The symbols, files or commits that hold any of the words, without order. Empty when there are no words.
-/// Throws SQLite::Exception when the table cannot be asked.
-std::vector<RowScore> search_symbols(storage::Connection& connection, const SearchWords& words);
-std::vector<RowScore> search_files(storage::Connection& connection, const SearchWords& words);
+/// Where the words are, in source files. Each list holds what has any of the words, by ascending id.
+struct TextScores {
+  std::vector<RowScore> symbols;
+  std::vector<RowScore> files;
+  std::vector<std::int64_t> paths;  ///< the files whose path has a word
+  /// How telling each word is: the logarithm of the number of files over that of those that have it; 0 for a
+  /// word that no file has.
+  std::unordered_map<std::string, double> weights;
+};
+
+/// Scores everything that has a word. Throws SQLite::Exception when the table cannot be asked.
+TextScores search_text(storage::Connection& connection, const SearchWords& words);
+
+/// The commits whose subjects hold any of the words, without order. Throws SQLite::Exception.
 std::vector<RowScore> search_commits(storage::Connection& connection, const SearchWords& words);
 
-/// The files whose paths hold any of the words.
-std::vector<std::int64_t> search_paths(storage::Connection& connection, const SearchWords& words);
-
-/// How telling each word is: the logarithm of the number of files over that of those that hold it; 0 for a
-/// word that no file holds.
+/// The weights of TextScores, of rows instead of files: what can be said before a search.
 std::unordered_map<std::string, double> word_weights(storage::Connection& connection,
                                                      const SearchWords& words);
 
