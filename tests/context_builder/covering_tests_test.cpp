@@ -48,9 +48,17 @@ TEST_F(CoveringTestLookup, AFailureIsLoggedOnceAndEndsTheLookups) {
   EXPECT_EQ(index.calls.size(), 4U);
 }
 
+TEST_F(CoveringTestLookup, LetsAnInterruptThrough) {
+  struct Interrupt {};
+  index.fail("test_paths", std::make_exception_ptr(Interrupt{}));
+  CoveringTests unlogged(index, 2);
+  EXPECT_THROW(unlogged.look_up({"a.py"}), Interrupt);
+  EXPECT_FALSE(unlogged.failed);
+}
+
 TEST(TestRows, ListATestOnceForTheFirstOfItsSources) {
   FakeRepository index;
-  FakeTokenizer tokenizer;
+  const FakeTokenizer tokenizer;
   index.test_files = {"tests/x.py"};
   index.covering = {{"tests/test_a.py", {{"src/a.py", 1}, {"b.py", 1}}},
                     {"tests/\"\u00E9\x01\n", {{"b.py", 2}}}};

@@ -19,8 +19,13 @@ class Packing : public ::testing::Test {
     return {path.empty() ? make_symbol(item_fields) : index.add(item_fields, path), 1.0,
             path.empty() ? OptionalText() : OptionalText(path)};
   }
+  /// A test of `source` whose row costs so many tokens.
+  static FakeRepository::Covering test_for(std::size_t tokens, const std::string& source) {
+    return {std::string(tokens * 4 - 23 - source.size(), 't'), {{source, 1}}};
+  }
   static std::vector<std::int64_t> ids(const ContextPack& pack) {
     std::vector<std::int64_t> all;
+    all.reserve(pack.symbols.size());
     for (const Entry& entry : pack.symbols) all.push_back(entry.symbol->id().value_or(-1));
     return all;
   }
@@ -36,10 +41,7 @@ class Packing : public ::testing::Test {
 };
 
 TEST_F(Packing, SkipsWhatDoesNotFitAndKeepsAShareForTests) {
-  // Names whose rows cost 60, 50, 300 and 100 tokens: together over the share of 126.
-  const auto test_for = [](std::size_t tokens, const std::string& source) {
-    return FakeRepository::Covering{std::string(tokens * 4 - 23 - source.size(), 't'), {{source, 1}}};
-  };
+  // Together over the share of 126.
   index.covering = {test_for(60, "a"), test_for(50, "b"), test_for(300, "c"), test_for(100, "d")};
   std::vector<std::string> weighed;
   const WeighedObserver note = [&](const Weighed& seen) {
@@ -67,6 +69,9 @@ TEST_F(Packing, TakesAnEntryThatLandsOnTheLimit) {
   EXPECT_THAT(builder._build_pack({item(6, 0, "")}, -105).symbols, IsEmpty());
   constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
   EXPECT_THAT(ids(builder._build_pack({item(7, most, ""), item(8, most, "")}, most)), ElementsAre(7, 8));
+  index.covering = {test_for(20, "a")};
+  EXPECT_EQ(builder._build_pack({item(9, 80, "a")}, 100).tests.size(), 1U);
+  EXPECT_THAT(builder._build_pack({item(10, 81, "a")}, 100).tests, IsEmpty());
 }
 
 TEST_F(Packing, EnrichesTheFirstEntriesOnly) {
@@ -78,6 +83,7 @@ TEST_F(Packing, EnrichesTheFirstEntriesOnly) {
         std::make_shared<FakeReference>("call", std::nullopt, "use()")};
   }
   const ContextPack pack = builder._build_pack(ranked, 840);
+  EXPECT_THAT(strings(pack.files), ElementsAre("a"));
   ASSERT_EQ(pack.symbols.size(), 24U);  // 25 looked at, one of them skipped
   for (std::size_t i = 0; i < pack.symbols.size(); ++i) {
     EXPECT_EQ(pack.symbols[i].usage_example.empty(), i >= 3) << i;

@@ -9,7 +9,7 @@ import host
 from hypothesis import HealthCheck, given, settings
 from hypothesis import strategies as st
 
-WORDS = ["reader", "Reader", "read_er", "pool", "API", "api", "test", "tests", "endpoint", "of", "İx", "σς", "ab"]
+WORDS = ["reader", "Reader", "read_er", "pool", "API", "api", "test", "tests", "endpoint", "endpoints", "of", "İx", "σς", "ab"]
 KINDS = ["class", "function", "method", "variable", "property", "trait", "other", ""]
 PATHS = ["src/a.py", "src/b.py", "src/ü.py", "tests/test_a.py", "tests/test_b.py", ""]
 DOCSTRINGS = st.none() | st.sampled_from(
@@ -58,7 +58,7 @@ kinds = st.none() | st.lists(st.sampled_from(KINDS), max_size=3) | st.sets(st.sa
 options = st.fixed_dictionaries(
     {},
     optional={
-        "token_budget": st.integers(-50, 3000),
+        "token_budget": st.integers(-50, 300),
         "component_filter": st.sampled_from([None, "", "core", "empty", "zero", "missing"]),
         "include_snippets": st.booleans(),
         "prefer_kinds": kinds,
