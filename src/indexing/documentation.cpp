@@ -4,6 +4,7 @@
 #include <array>
 #include <cctype>
 #include <optional>
+#include <ranges>
 #include <vector>
 
 #include "text/lines.h"
@@ -143,10 +144,10 @@ std::string literal_text(std::string_view literal) {
   literal = text::trim(literal);
   literal.remove_prefix(std::min(literal.find_first_of("\"'`#"), literal.size()));
   // A raw string's signs as well as the quotes: three, one, or one within signs.
-  const auto body = literal.find_first_not_of("#");
+  const auto body = literal.find_first_not_of('#');
   literal.remove_prefix(std::min(body, literal.size()));
   while (literal.ends_with('#')) literal.remove_suffix(1);
-  for (const std::string_view quote : {"\"\"\"", "'''", "\"", "'", "`"}) {
+  for (const std::string_view quote : {R"(""")", "'''", "\"", "'", "`"}) {
     if (!literal.starts_with(quote)) continue;
     literal.remove_prefix(quote.size());
     if (literal.ends_with(quote)) literal.remove_suffix(quote.size());
@@ -198,9 +199,9 @@ Attachments::Found Attachments::above(std::size_t start) const {
   }
   std::ranges::reverse(comments);
   found.documentation = comment_text(comments);
-  for (auto each = attributes.rbegin(); each != attributes.rend(); ++each) {
+  for (const auto& each : std::ranges::reverse_view(attributes)) {
     if (!found.documentation.empty()) found.documentation += '\n';
-    found.documentation += *each;
+    found.documentation += each;
   }
   return found;
 }

@@ -175,7 +175,7 @@ std::unique_ptr<const OwnLanguage> read_language(const fs::path& folder) {
   function = settings.text("function", function);
   settings.end();
   if (own.extensions.empty() && own.file_names.empty() && own.interpreters.empty())
-    refuse(folder / SETTINGS, "says neither \"extensions\" nor \"file_names\" nor \"interpreters\"");
+    refuse(folder / SETTINGS, R"(says neither "extensions" nor "file_names" nor "interpreters")");
   if (any_word(own.extensions, [](auto word) { return !word.starts_with('.'); }))
     settings.must_be("extensions", "a list of texts that begin with a dot");
   const GrammarFunction grammar = load_grammar(library, function);

@@ -66,26 +66,31 @@ class NoTests final : public TestRecords {
 /// What an index holds before its first file.
 class EmptyRepository final : public Repository {
  public:
-  SymbolMatches search_symbols(const Text&, std::int64_t, bool) const override { return {}; }
-  std::optional<Component> get_component_by_name(const Text&) const override { return std::nullopt; }
-  std::vector<File> get_files_by_component(std::int64_t) const override { return {}; }
-  std::shared_ptr<const PathMap> get_file_paths_batch(const std::vector<SymbolPtr>&) const override {
+  SymbolMatches search_symbols(const Text& /*pattern*/, std::int64_t /*limit*/,
+                               bool /*source_only*/) const override {
+    return {};
+  }
+  std::optional<Component> get_component_by_name(const Text& /*name*/) const override { return std::nullopt; }
+  std::vector<File> get_files_by_component(std::int64_t /*component_id*/) const override { return {}; }
+  std::shared_ptr<const PathMap> get_file_paths_batch(
+      const std::vector<SymbolPtr>& /*symbols*/) const override {
     return std::make_shared<NoPaths>();
   }
-  std::shared_ptr<const PathSet> test_paths(const std::vector<Text>&) const override {
+  std::shared_ptr<const PathSet> test_paths(const std::vector<Text>& /*paths*/) const override {
     return std::make_shared<NoTestPaths>();
   }
   std::shared_ptr<const IdMap<SymbolPtr>> symbols_with_paths(
-      const std::vector<std::int64_t>&) const override {
+      const std::vector<std::int64_t>& /*ids*/) const override {
     return std::make_shared<HashIdMap<SymbolPtr>>();
   }
-  std::shared_ptr<const TestRecords> find_covering_tests(const std::vector<Text>&) const override {
+  std::shared_ptr<const TestRecords> find_covering_tests(const std::vector<Text>& /*paths*/) const override {
     return std::make_shared<NoTests>();
   }
-  std::vector<SymbolPtr> get_symbols_by_file(std::int64_t) const override { return {}; }
-  References get_references(const Text&) const override { return {}; }
-  SymbolPtr get_symbol_by_fqn(const Text&) const override { return nullptr; }
-  std::shared_ptr<const IdMap<OrderKey>> production_fan_in(const std::vector<std::int64_t>&) const override {
+  std::vector<SymbolPtr> get_symbols_by_file(std::int64_t /*file_id*/) const override { return {}; }
+  References get_references(const Text& /*fqn*/) const override { return {}; }
+  SymbolPtr get_symbol_by_fqn(const Text& /*fqn*/) const override { return nullptr; }
+  std::shared_ptr<const IdMap<OrderKey>> production_fan_in(
+      const std::vector<std::int64_t>& /*ids*/) const override {
     return std::make_shared<HashIdMap<OrderKey>>();
   }
 };

@@ -11,6 +11,7 @@ using ::testing::IsEmpty;
 
 std::vector<std::int64_t> ids(const std::vector<SymbolPtr>& symbols) {
   std::vector<std::int64_t> all;
+  all.reserve(symbols.size());
   for (const SymbolPtr& symbol : symbols) all.push_back(symbol->id().value_or(-1));
   return all;
 }
@@ -72,7 +73,7 @@ struct SeedCase {
 
 TEST_F(Candidates, SeedsOfPreferredKindsAreWeighedUp) {
   index.add(fields(3, "third"), "c.py");
-  const SeedCase cases[] = {
+  const std::vector<SeedCase> cases = {
       {{"class"}, {{1, "function", 0.9}, {2, "class", 0.7}, {3, "class", 0.5}}, {2, 1, 3}},
       {{"function"}, {{1, "class", 0.6}, {2, "function", 0.4}}, {2, 1}},
       {{"class"}, {{3, "class", 0.5}, {1, "class", 0.5}, {2, "x", 0.75}}, {3, 1, 2}},

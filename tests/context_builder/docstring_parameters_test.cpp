@@ -21,7 +21,7 @@ struct Case {
 };
 
 TEST(DocstringParameters, ReadsEachStyleAsItsPatternSays) {
-  const Case cases[] = {
+  const std::vector<Case> cases = {
       {"", {}},
       {"Does x: nothing.", {}},
       {"Args:\n  x (int): The x.\n  y: The y.\n", {"x|int|The x.", "y|-|The y."}},
@@ -68,7 +68,7 @@ TEST(DocstringParameters, ReadsOrdinaryDocstringsOfAnySizeWhole) {
   for (int i = 0; i < 10000; ++i) {
     const std::string name = "p" + std::to_string(i);
     google += "    " + name + " (int): The value.\n";
-    sphinx += ":param " + name + ": The value.\n:type " + name + ": int\n";
+    sphinx.append(":param ").append(name).append(": The value.\n:type ").append(name).append(": int\n");
     tags += "@param {int} " + name + " The value.\n";
   }
   for (const std::string& docstring : {google, sphinx, tags}) {

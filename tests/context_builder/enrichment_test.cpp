@@ -10,7 +10,7 @@ using ::testing::IsEmpty;
 
 TEST(RelatedSymbols, AreTheFirstOthersOfTheFile) {
   FakeRepository index;
-  FakeTokenizer tokenizer;
+  const FakeTokenizer tokenizer;
   const ContextBuilder builder(index, tokenizer);
   const SymbolPtr self = index.add(fields(1, "self"), "a.py");
   index.add(fields(2, "self", "class"), "a.py");  // the same qualified name
@@ -41,7 +41,7 @@ ReferencePtr reference(std::string type, std::optional<CallerSymbol> caller, Opt
 
 TEST(UsageExample, IsTheMostTellingLine) {
   FakeRepository index;
-  FakeTokenizer tokenizer;
+  const FakeTokenizer tokenizer;
   const ContextBuilder builder(index, tokenizer);
   SymbolFields known = fields(5, "main");
   known.signature = "def main()";
@@ -49,7 +49,7 @@ TEST(UsageExample, IsTheMostTellingLine) {
   index.add(fields(6, "bare"), "m.py");
   const CallerSymbol main{"pkg.main", "function", "main"};
   const CallerSymbol bare{"pkg.bare", "function", "bare"};
-  const UsageCase cases[] = {
+  const std::vector<UsageCase> cases = {
       {"no references", {}, std::nullopt},
       {"a call before others",
        {reference("import", std::nullopt, "import x"), reference("call", main, "x()")},

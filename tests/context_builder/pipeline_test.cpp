@@ -11,6 +11,7 @@ using ::testing::StartsWith;
 
 std::vector<std::string> names(const ContextPack& pack) {
   std::vector<std::string> all;
+  all.reserve(pack.symbols.size());
   for (const Entry& entry : pack.symbols) all.emplace_back(entry.symbol->name());
   return all;
 }
@@ -85,7 +86,7 @@ TEST_F(Build, CarriesTheIndexingStatusAndSerialisesInOrder) {
 }
 
 TEST_F(Build, DerivesTheCeilingFromTheBudget) {
-  const std::pair<std::int64_t, std::int64_t> cases[] = {
+  const std::vector<std::pair<std::int64_t, std::int64_t>> cases = {
       {800, 840}, {20, 21}, {19, 19}, {1000, 1050}, {0, 0}};
   for (const auto& [budget, ceiling] : cases) {
     for (const std::int64_t over : {0, 1}) {

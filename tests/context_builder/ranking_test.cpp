@@ -13,6 +13,7 @@ using ::testing::ElementsAre;
 
 std::vector<std::int64_t> ids(const std::vector<RankedSymbol>& ranked) {
   std::vector<std::int64_t> all;
+  all.reserve(ranked.size());
   for (const RankedSymbol& item : ranked) all.push_back(item.symbol->id().value_or(-1));
   return all;
 }
@@ -27,7 +28,7 @@ struct ScoreCase {
 };
 
 TEST(Relevance, IsExactToTheLastBit) {
-  const ScoreCase cases[] = {
+  const std::vector<ScoreCase> cases = {
       {"ContextBuilder", "class", true, {"contextbuilder"}, {}, 2.0},
       {"ContextBuilder", "class", true, {"builder", "ContextBuilder"}, {"class"}, 3.0},
       {"ContextBuilder", "function", false, {"context"}, {}, 0.7200000000000001},
@@ -66,7 +67,7 @@ TEST_F(Ranking, OrdersByRoundedScoreThenKindThenFanInThenInput) {
   method.kind = "method";
   SymbolFields third = hidden;
   third.id = 3;
-  SymbolFields type = fields(4, "other", "class");  // 0.75
+  const SymbolFields type = fields(4, "other", "class");  // 0.75
   index.fan_in = {{1, {2}}, {2, {3}}, {3, {2}}};
   const auto ranked = builder._rank_symbols(
       {make_symbol(hidden), make_symbol(method), make_symbol(third), make_symbol(type)}, {"parse"});
@@ -95,7 +96,7 @@ TEST_F(Ranking, KeepsAnExactMinimumAndTakesAbsentIds) {
   at_minimum.is_export = false;
   SymbolFields nameless = at_minimum;
   nameless.id = std::nullopt;
-  SymbolFields below = fields(3, "value", "property");
+  const SymbolFields below = fields(3, "value", "property");
   index.fan_in = {{0, {5}}};
   const auto ranked = builder._rank_symbols(
       {make_symbol(below), make_symbol(nameless), make_symbol(at_minimum)}, {"alu"}, {.include_tests = true});
@@ -138,16 +139,16 @@ TEST(EstimateTokens, DividesCharactersAndIsNeverZeroForText) {
     double ratio;
     std::int64_t tokens;
   };
-  const Case cases[] = {{std::nullopt, 4, 0},
-                        {"", 0, 0},
-                        {"abc", 4, 1},
-                        {"1234567", 4, 1},
-                        {"12345678", 4, 2},
-                        {std::string(4001, 'x'), 4, 1000},
-                        {"0123456789", 3, 3},
-                        {"        ", -2, 1},
-                        {"\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9", 4, 2},
-                        {"abc", 1e-300, std::numeric_limits<std::int64_t>::max()}};
+  const std::vector<Case> cases = {{std::nullopt, 4, 0},
+                                   {"", 0, 0},
+                                   {"abc", 4, 1},
+                                   {"1234567", 4, 1},
+                                   {"12345678", 4, 2},
+                                   {std::string(4001, 'x'), 4, 1000},
+                                   {"0123456789", 3, 3},
+                                   {"        ", -2, 1},
+                                   {"\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9", 4, 2},
+                                   {"abc", 1e-300, std::numeric_limits<std::int64_t>::max()}};
   for (const Case& c : cases)
     EXPECT_EQ(estimate_tokens(c.text, c.ratio), c.tokens) << c.text.value_or("absent");
   EXPECT_THROW(estimate_tokens("x", 0), std::domain_error);

@@ -17,7 +17,7 @@ TEST(Snippet, ObeysBothCapsAndTheFile) {
   const TempFolder folder;
   const Text path =
       folder.write("f.py", "1\n  2 \r\n3\r\t\n\xFF\xC3\xA9\n\n6");  // 1, 2, 3, blank, 5, blank, 6
-  const Case cases[] = {
+  const std::vector<Case> cases = {
       {"a range", 2, 3, 0, 50, 500, "  2 \n3", 2},
       {"from before the file", -5, 1, 0, 50, 500, "1", 1},
       {"past its end", 7, 99, 0, 50, 500, "6", 1},

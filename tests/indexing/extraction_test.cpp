@@ -93,6 +93,7 @@ TEST(Extraction, SameTextSameFactsFromAnyThread) {
   std::vector<std::string> got(8);
   {
     std::vector<std::jthread> threads;
+    threads.reserve(got.size());
     for (auto& each : got)
       threads.emplace_back([&] { each = dump(extract(language("a.js"), text, "a.js")); });
   }

@@ -21,7 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string read(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
+  const std::ifstream file(path, std::ios::binary);
   std::ostringstream text;
   text << file.rdbuf();
   return text.str();

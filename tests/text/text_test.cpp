@@ -19,7 +19,7 @@ struct Case {
 };
 
 TEST(Lowercase, UsesTheFullMapping) {
-  const Case cases[] = {
+  const std::vector<Case> cases = {
       {"", ""},
       {"HTTPServer_2", "httpserver_2"},
       {"\u0130stanbul", "i\u0307stanbul"},                       // one code point becomes two
@@ -39,7 +39,7 @@ TEST(Length, CountsCodePoints) {
 }
 
 TEST(DecodeFile, ReplacesEachMaximalInvalidPartAndFoldsLineEnds) {
-  const Case cases[] = {
+  const std::vector<Case> cases = {
       {"a\r\nb\rc\n\r\n", "a\nb\nc\n\n"},
       {"\r\r\n\n", "\n\n\n"},
       {"\xEF\xBB\xBFx", "\xEF\xBB\xBFx"},  // a byte-order mark is a character
@@ -60,8 +60,9 @@ TEST(SplitLines, EndsLinesAtALineFeedAlone) {
 }
 
 TEST(Trim, KnowsEveryWhiteSpaceCharacter) {
-  const std::string_view blanks[] = {"\t",     "\x0D",   "\x1C",   "\x1F",   " ",      "\u0085", "\u00A0",
-                                     "\u1680", "\u2000", "\u200A", "\u2028", "\u202F", "\u205F", "\u3000"};
+  const std::vector<std::string_view> blanks = {"\t",     "\x0D",   "\x1C",   "\x1F",   " ",
+                                                "\u0085", "\u00A0", "\u1680", "\u2000", "\u200A",
+                                                "\u2028", "\u202F", "\u205F", "\u3000"};
   for (const std::string_view blank : blanks) {
     const std::string padded = std::string(blank) + "x" + std::string(blank);
     EXPECT_EQ(trim(padded), "x") << ::testing::PrintToString(padded);
