@@ -87,6 +87,7 @@ class RepositoryContract : public ::testing::TestWithParam<Implementation> {
   }
   static std::vector<std::string> fqns(const std::vector<SymbolPtr>& symbols) {
     std::vector<std::string> names;
+    names.reserve(symbols.size());
     for (const SymbolPtr& symbol : symbols) names.emplace_back(symbol->fqn().view());
     return names;
   }

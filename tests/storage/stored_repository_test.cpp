@@ -26,6 +26,7 @@ class StoredRepositoryTest : public ::testing::Test {
                                          const std::vector<SymbolPtr>& symbols) {
     std::vector<std::string> result;
     const auto paths = repository.get_file_paths_batch(symbols);
+    result.reserve(symbols.size());
     for (const SymbolPtr& symbol : symbols) {
       result.push_back(std::string(paths->find(*symbol->id())->view()) + ":" +
                        std::string(symbol->name().view()));
@@ -139,6 +140,7 @@ TEST_F(StoredRepositoryTest, RanksTheClosestTestsFirst) {
   });
   std::sort(ranked.begin(), ranked.end());
   std::vector<std::string> paths;
+  paths.reserve(ranked.size());
   for (const auto& [rank, path] : ranked) paths.push_back(path);
   EXPECT_THAT(paths, ElementsAre("tests/test_parser.toy", "tests/test_parser_errors.toy", "tests/test_a.toy",
                                  "tests/test_b.toy"));

@@ -54,6 +54,7 @@ struct FakePathMap final : PathMap {
   }
   std::vector<Text> values() const override {
     std::vector<Text> paths;
+    paths.reserve(items.size());
     for (const auto& item : items) paths.push_back(item.second);
     return paths;
   }
