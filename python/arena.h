@@ -1,7 +1,6 @@
 // What one call into the module lends to the component.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -30,6 +29,33 @@ class Integers {
 
  private:
   FlatMap<PyObject> objects_;
+};
+
+/// A block for the adapters of one build at a time, never freed. As the last thing on the heap the C library
+/// would return it to the system after each build, and the next one would fetch it again, page by page. Taken
+/// and put back with the interpreter lock held.
+class SpareBlock {
+ public:
+  SpareBlock() : data_(std::exchange(spare(), nullptr)) {}
+  SpareBlock(const SpareBlock&) = delete;
+  SpareBlock& operator=(const SpareBlock&) = delete;
+  ~SpareBlock() {
+    if (data_ != nullptr) spare() = data_;
+  }
+
+  /// Null, and empty, while another has the block.
+  std::byte* data() const { return data_; }
+  std::size_t size() const { return data_ == nullptr ? 0 : SIZE; }
+
+ private:
+  static constexpr std::size_t SIZE = std::size_t{1} << 18U;  // twice what 500 symbols take
+
+  static std::byte*& spare() {
+    static auto* block = new std::byte[SIZE];
+    return block;
+  }
+
+  std::byte* data_;
 };
 
 /// Owns the adapters of one call and the host's objects behind them: everything the component is handed lives
@@ -122,9 +148,7 @@ class Arena {
     return make<HostText>(kept, held(std::move(characters)));
   }
 
-  static constexpr std::size_t FIRST_BLOCK = 4096;
-
-  alignas(std::max_align_t) std::array<std::byte, FIRST_BLOCK> first_block_;
+  SpareBlock first_block_;
   std::pmr::monotonic_buffer_resource memory_{first_block_.data(), first_block_.size()};
   std::vector<PyObject*> kept_;
   FlatMap<HostText> paths_;
