@@ -19,6 +19,12 @@ def module():
     return MODULE
 
 
+@pytest.fixture
+def plain():
+    """The same in plain Python."""
+    return PLAIN
+
+
 @pytest.fixture(params=[MODULE, PLAIN], ids=["module", "plain"])
 def build(request):
     """Either of the two, for what a host must not be able to tell apart."""

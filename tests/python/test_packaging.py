@@ -1,5 +1,6 @@
 """What is shipped: the stub, the documentation, the file that is loaded."""
 
+import ast
 import importlib
 import inspect
 import json
@@ -12,7 +13,46 @@ from pathlib import Path
 import host
 import pytest
 
+STUB = ast.parse((host.ROOT / "python" / "context_builder.pyi").read_text())
 BUILD = os.environ.get("TARNWICK_BUILD_DIR", str(host.ROOT / "build" / "release"))
+
+
+def stub_callables():
+    """Each function of the stub: its dotted name, its parameters and defaults."""
+    for node in STUB.body:
+        functions = [node] if isinstance(node, ast.FunctionDef) else getattr(node, "body", [])
+        for function in functions:
+            if isinstance(function, ast.FunctionDef) and function.name not in host_functions():
+                prefix = "" if function is node else f"{node.name}."
+                yield prefix + function.name, stub_parameters(function.args)
+
+
+def host_functions():
+    return ("query_names", "query_terms", "is_test_query")
+
+
+def stub_parameters(args):
+    positional = args.posonlyargs + args.args
+    defaults = [inspect.Parameter.empty] * (len(positional) - len(args.defaults))
+    defaults += [ast.literal_eval(default) for default in args.defaults]
+    named = [(arg.arg, "keyword", ast.literal_eval(default)) for arg, default in zip(args.kwonlyargs, args.kw_defaults)]
+    return [(arg.arg, "any", default) for arg, default in zip(positional, defaults)] + named
+
+
+def real_parameters(function):
+    kinds = {inspect.Parameter.KEYWORD_ONLY: "keyword"}
+    parameters = inspect.signature(function).parameters.values()
+    return [(p.name, kinds.get(p.kind, "any"), p.default) for p in parameters]
+
+
+@pytest.mark.parametrize("name, parameters", stub_callables(), ids=lambda value: value if type(value) is str else "")
+def test_stub_module_and_plain_python_have_the_same_signatures(module, plain, name, parameters):
+    for build in (module, plain):
+        function = build
+        for part in name.split("."):
+            function = getattr(function, part)
+        found = [("self", kind, default) if p == "self" else (p, kind, default) for p, kind, default in real_parameters(function)]
+        assert found == parameters, build.__name__
 
 
 def test_stubtest(directory, tmp_path):
