@@ -92,7 +92,7 @@ Match::Span google_section(std::string_view docstring) {
 }
 
 void add_google(const Subject& docstring, Parameters& parameters) {
-  static const Pattern line_pattern = pattern(R"(\s*(\w+)(?:\s*\(([^)]+)\))?:\s*(.+))");
+  static const Pattern line_pattern = pattern(R"(\G\s*(\w+)(?:\s*\(([^)]+)\))?:\s*(.+))");
   const Match::Span section = google_section(docstring.matchable);
   const std::string_view block = text::trim_end(section.of(docstring.text));
   std::size_t at = section.begin;
@@ -101,7 +101,7 @@ void add_google(const Subject& docstring, Parameters& parameters) {
     at += line.size();
     if (line.ends_with('\n')) line.remove_suffix(1);
     const Subject subject{line, docstring.matchable.substr(section.begin + start, line.size())};
-    const std::optional<Match> match = line_pattern.match(subject.matchable);
+    const std::optional<Match> match = line_pattern.search(subject.matchable);
     if (!match) continue;
     std::optional<std::string> type;
     if (match->groups[2]) type = subject.trimmed_group(*match, 2);
@@ -146,13 +146,13 @@ class Tags {
 
  private:
   std::optional<Tag> behind_head(std::size_t at) {
-    static const Pattern untyped = pattern(R"((\w+)\s+(.+?)(?=@|$))", Pattern::DOT_ALL);
-    static const Pattern typed = pattern(R"(\}\s++(\w+)\s+(.+?)(?=@|$))", Pattern::DOT_ALL);
+    static const Pattern untyped = pattern(R"(\G(\w+)\s+(.+?)(?=@|$))", Pattern::DOT_ALL);
+    static const Pattern typed = pattern(R"(\G\}\s++(\w+)\s+(.+?)(?=@|$))", Pattern::DOT_ALL);
     if (at == docstring_.size() || docstring_[at] != '{')
-      return tag(std::nullopt, untyped.match(docstring_, at));
+      return tag(std::nullopt, untyped.search(docstring_, at));
     if (brace_ != std::string_view::npos && brace_ <= at) brace_ = docstring_.find('}', at);
     if (brace_ == std::string_view::npos || brace_ == at + 1 || brace_ == failed_brace_) return std::nullopt;
-    std::optional<Tag> found = tag(Match::Span{at + 1, brace_}, typed.match(docstring_, brace_));
+    std::optional<Tag> found = tag(Match::Span{at + 1, brace_}, typed.search(docstring_, brace_));
     if (!found) failed_brace_ = brace_;
     return found;
   }

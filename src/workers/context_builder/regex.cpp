@@ -56,17 +56,9 @@ Pattern::Pattern(std::string_view source, Flags flags, std::string_view needle) 
 
 std::optional<Match> Pattern::search(std::string_view subject, std::size_t start) const {
   if (subject.find(needle_, start) == std::string_view::npos) return std::nullopt;
-  return run(subject, start, 0);
-}
-
-std::optional<Match> Pattern::match(std::string_view subject, std::size_t start) const {
-  return run(subject, start, PCRE2_ANCHORED);
-}
-
-std::optional<Match> Pattern::run(std::string_view subject, std::size_t start, std::uint32_t options) const {
   pcre2_match_data* data = match_data();
-  const int count = pcre2_match(code_.get(), code_units(subject), subject.size(), start,
-                                options | PCRE2_NO_UTF_CHECK, data, nullptr);
+  const int count =
+      pcre2_match(code_.get(), code_units(subject), subject.size(), start, PCRE2_NO_UTF_CHECK, data, nullptr);
   if (count <= 0) return std::nullopt;
   const PCRE2_SIZE* offsets = pcre2_get_ovector_pointer(data);
   Match match;

@@ -29,7 +29,8 @@ struct Match {
 };
 
 /// A compiled pattern. A dot matches a line feed only with DOT_ALL; "$" also matches before one final line
-/// feed. Safe to use from several threads.
+/// feed; one that begins with "\G" matches where the search starts or not at all. Safe to use from several
+/// threads.
 class Pattern {
  public:
   enum Flags : unsigned { NONE = 0, CASELESS = 1, DOT_ALL = 2 };
@@ -42,12 +43,7 @@ class Pattern {
   /// take more work than the library's limits allow.
   std::optional<Match> search(std::string_view subject, std::size_t start = 0) const;
 
-  /// The match that begins exactly at `start`, under the same terms.
-  std::optional<Match> match(std::string_view subject, std::size_t start = 0) const;
-
  private:
-  std::optional<Match> run(std::string_view subject, std::size_t start, std::uint32_t options) const;
-
   struct Free {
     void operator()(pcre2_real_code_8* code) const;
   };
