@@ -25,9 +25,6 @@ constexpr std::array<double, storage::SEARCH_COLUMNS.size()> SYMBOL_WEIGHTS = {2
 constexpr std::array<double, storage::SEARCH_COLUMNS.size()> FILE_WEIGHTS = {1, 1, 0, 0, 1, 0, 1};
 constexpr std::size_t PATH = storage::SEARCH_COLUMNS.size() - 1;
 
-/// More of a word in a file makes no difference.
-constexpr double MOST_IN_FILE = 4;
-
 // The usual parameters of BM25: how soon more of a word ceases to count, and how much long texts lose.
 constexpr double SATURATION = 1.2;
 constexpr double LENGTH_NORM = 0.75;
@@ -141,7 +138,7 @@ class TextSearch {
   void end_file() {
     if (!file_) return;
     end_row();
-    if (in_file_ > 0) files_.add(*file_, std::min(in_file_, MOST_IN_FILE));
+    if (in_file_ > 0) files_.add(*file_, in_file_);
     in_file_ = 0;
     file_.reset();
     id_ = -1;
