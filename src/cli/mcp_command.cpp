@@ -148,6 +148,7 @@ void declare_mcp(CLI::App& command) {
       .add_option("--index", options->index,
                   "The index file, of one repository alone; default: one for each in the cache folder")
       ->type_name("FILE")
+      ->check(named())
       ->envname("TARNWICK_INDEX");
   command.add_flag("--ignored", options->ignored, "Read the files that git ignores too");
   command.add_flag("--no-watch", options->unwatched,

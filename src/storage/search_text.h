@@ -24,7 +24,7 @@ struct CountedWord {
   friend bool operator==(const CountedWord&, const CountedWord&) = default;
 };
 
-/// Words by number, ascending. Order is lost: the search tables are asked for words, never for phrases.
+/// Words by number, ascending. Order is lost: the search table is asked for words, never for phrases.
 using WordBag = std::vector<CountedWord>;
 
 /// The identifiers of a file's text, from which its search words are made.
@@ -60,7 +60,7 @@ struct SearchRows {
   std::vector<std::uint32_t> sizes;  ///< their words; first those of the whole file, none more than twice
 };
 
-/// Equal arguments give equal rows: to take a row out of a search table one has to name its words again.
+/// Equal arguments give equal rows: to take a row out of the search table one has to name its words again.
 /// Throws IndexError (damaged) when the words are not of those symbols.
 SearchRows search_rows(const FileWords& words, std::string_view path, std::span<const SymbolTexts> symbols);
 

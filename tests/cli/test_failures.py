@@ -29,6 +29,7 @@ from conftest import PROGRAM, Shop, names, write_tree
         (("context", "--repo", "", "x"), "--repo"),
         (("context", "--index", "", "x"), "--index"),
         (("mcp", "--repo", ""), "--repo"),
+        (("mcp", "--index", ""), "--index"),
         (("index", "extra"), "extra"),
         (("status", "--full"), "--full"),
     ],

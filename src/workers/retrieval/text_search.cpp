@@ -118,7 +118,7 @@ class TextSearch {
       id_ = storage::file_of(row);
       file_ = sizes_.find(id_);
     }
-    if (!file_) return;
+    if (!file_ || column >= SYMBOL_WEIGHTS.size()) return;  // a damaged index may name any column
     if (row != row_) end_row();
     row_ = row;
     in_symbol_ += SYMBOL_WEIGHTS[column];
