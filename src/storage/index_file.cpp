@@ -74,6 +74,8 @@ void remove_index(const fs::path& file) {
 enum class State { empty, current, older };
 
 State check(Connection& connection) {
+  // One state of the file: another may be making the tables at this moment.
+  const SQLite::Transaction reading(connection.database());
   const std::int64_t version = connection.number("PRAGMA user_version");
   const std::int64_t application = connection.number("PRAGMA application_id");
   const std::string name = "the index file " + connection.file().string();
