@@ -44,7 +44,8 @@ class IndexWriter {
 
   void roll_back() { connection_->execute("ROLLBACK"); }
 
-  /// Gives back the room of what went when it is a good part of the file. Call outside of a transaction.
+  /// Gives the room of what went back to the file system when it is a good part of the file; else does
+  /// nothing. Outside of transactions. The file shrinks when its last connection closes.
   void shrink();
 
   /// Takes everything out.

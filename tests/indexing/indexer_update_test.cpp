@@ -100,6 +100,19 @@ TEST(IndexerUpdate, AnEditedFileStaysInItsComponent) {
   EXPECT_EQ(dump(tree.index_file()), fresh_dump(tree));
 }
 
+TEST(IndexerUpdate, GivesBackTheRoomOfWhatWent) {
+  const IndexedTree tree;
+  tree.write("kept.toy", "fn kept\nend\n");
+  std::string much;
+  for (int n = 0; n < 5'000; ++n) much += "fn name_" + std::to_string(n) + "\nend\n";
+  tree.write("much.toy", much);
+  tree.update();
+  const auto before = std::filesystem::file_size(tree.index_file());
+  tree.remove("much.toy");
+  tree.update();
+  EXPECT_LT(std::filesystem::file_size(tree.index_file()), before / 2);
+}
+
 TEST(IndexerUpdate, ReadsOnlyWhatChanged) {
   const IndexedTree tree;
   for (const char* name : {"a.toy", "b.toy", "c.toy"}) tree.write(name, "fn one\nend\n");

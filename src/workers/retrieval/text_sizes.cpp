@@ -17,9 +17,8 @@ double average(const std::vector<std::uint32_t>& sizes) {
 
 TextSizes::TextSizes(storage::Connection& connection) {
   SQLite::Statement& query = connection.prepare(
-      "SELECT s.file_id, s.sizes FROM search_sizes AS s JOIN files AS f ON f.id = s.file_id WHERE "
-      "f.is_source "
-      "ORDER BY s.file_id");
+      "SELECT s.file_id, s.sizes FROM search_sizes AS s JOIN files AS f ON f.id = s.file_id "
+      "WHERE f.is_source ORDER BY s.file_id");
   while (query.executeStep()) {
     const std::vector<std::uint32_t> sizes = storage::unpack_sizes(query.getColumn(1).getString());
     ids_.push_back(query.getColumn(0).getInt64());

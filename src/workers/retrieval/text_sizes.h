@@ -15,6 +15,7 @@ namespace tarnwick::retrieval {
 /// id; the symbols of a file are neighbours.
 class TextSizes {
  public:
+  /// Throws SQLite::Exception, and IndexError (damaged).
   explicit TextSizes(storage::Connection& connection);
 
   /// The number of a file; nothing for one that is no source file.
