@@ -94,6 +94,7 @@ TEST_F(IndexRetrieverTest, SignalsSayWhy) {
   const Signals example = signals_of(tree, "acquire connection", "acquire_connection_demo");
   EXPECT_GT(limit.text, user.text);
   EXPECT_GT(user.uses, limit.uses);
+  EXPECT_GT(limit.used, user.used);
   EXPECT_EQ(own.area, 1) << "src/pool.toy";
   EXPECT_GT(own.path, 0);
   EXPECT_GT(own.named, user.named);

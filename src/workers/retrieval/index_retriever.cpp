@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "storage/schema.h"
+#include "workers/retrieval/call_search.h"
 #include "workers/retrieval/file_table.h"
 #include "workers/retrieval/history_search.h"
 #include "workers/retrieval/name_search.h"
@@ -28,7 +29,7 @@ using Scores = std::unordered_map<std::int64_t, double>;
 constexpr std::size_t MOST_WORDS = 32;
 /// How many symbols are weighed by all signals.
 constexpr std::size_t CANDIDATES = 500;
-/// How many symbols with the most text lend to their callers.
+/// How many symbols with the most text lend to their callers and to what they use.
 constexpr std::size_t LENDERS = 50;
 
 double value_of(const Scores& scores, std::int64_t id) {
@@ -63,7 +64,7 @@ class Ranking {
     guarded("the text index", [&] { gather_text(); });
     guarded("the history", [&] { gather_history(); });
     gather_names();
-    gather_callers();
+    gather_calls();
   }
 
   ExplainedRanking rank(std::size_t limit) const {
@@ -108,11 +109,12 @@ class Ranking {
       words_.keep_most_telling(MOST_WORDS, word_weights(*connection_, words_));
     TextScores found = search_text(*connection_, words_);
     weights_ = std::move(found.weights);
-    std::erase_if(found.symbols, [&](const RowScore& row) { return !admits(file_of(row.id)); });
+    for (std::vector<RowScore>* rows : {&found.symbols, &found.names})
+      std::erase_if(*rows, [&](const RowScore& row) { return !admits(file_of(row.id)); });
     std::erase_if(found.files, [&](const RowScore& row) { return !admits(row.id); });
-    normalise(found.symbols);
-    normalise(found.files);
+    for (std::vector<RowScore>* rows : {&found.symbols, &found.names, &found.files}) normalise(*rows);
     text_ = map_of(found.symbols);
+    named_ = map_of(found.names);
     file_ = map_of(found.files);
     lenders_ = best(std::move(found.symbols), LENDERS);
     gather_paths(found.paths);
@@ -160,28 +162,28 @@ class Ranking {
     std::erase_if(exact_, [&](const auto& entry) { return !admits(file_of(entry.first)); });
   }
 
-  void gather_callers() {
+  void gather_calls() {
     uses_ = callers_of(*connection_, lenders_);
-    std::erase_if(uses_, [&](const auto& entry) { return !admits(file_of(entry.first)); });
+    used_ = used_by(*connection_, lenders_);
+    for (Scores* scores : {&uses_, &used_})
+      std::erase_if(*scores, [&](const auto& entry) { return !admits(file_of(entry.first)); });
   }
 
-  /// The symbols that signals of their own found: the best of them by all but their names, kinds and sizes,
-  /// which are only read of these.
+  /// The symbols that signals of their own found: the best of them by all but their kinds and sizes, which
+  /// are only read of these.
   std::vector<ExplainedHit> candidates() const {
     std::vector<RowScore> rows;
     for (const std::int64_t id : found_ids()) rows.push_back({id, fold(signals_of(id))});
     std::vector<std::int64_t> ids;
     for (const RowScore& row : best(std::move(rows), CANDIDATES)) ids.push_back(row.id);
     SQLite::Statement& query = connection_->prepare(
-        "SELECT s.id, s.kind, s.fqn, s.end_line - s.start_line + 1, n.name FROM json_each(?) AS j CROSS JOIN "
-        "symbols AS s ON s.id = j.value CROSS JOIN names AS n ON n.id = s.name_id");
+        "SELECT s.id, s.kind, s.fqn, s.end_line - s.start_line + 1 FROM json_each(?) AS j CROSS JOIN "
+        "symbols AS s ON s.id = j.value");
     query.bind(1, storage::json_array(ids));
-    const double all = weight_of({words_.words.begin(), words_.words.end()});
     std::vector<ExplainedHit> hits;
     while (query.executeStep()) {
       ExplainedHit hit{query.getColumn(0).getInt64(), query.getColumn(1).getString(), {}, 0};
       hit.signals = signals_of(hit.symbol_id);
-      if (all > 0) hit.signals.named = weight_of(words_held(query.getColumn(4).getString())) / all;
       hit.signals.callable = hit.kind == "function" || hit.kind == "method" ? 1 : 0;
       hit.signals.size = size_of(query.getColumn(3).getInt64());
       if (is_inline_test(query.getColumn(2).getString())) hit.signals.place *= TEST_PLACE;
@@ -194,7 +196,7 @@ class Ranking {
 
   std::vector<std::int64_t> found_ids() const {
     std::vector<std::int64_t> ids;
-    for (const Scores* scores : {&text_, &touched_, &exact_, &uses_})
+    for (const Scores* scores : {&text_, &touched_, &exact_, &uses_, &used_})
       for (const auto& [id, score] : *scores) ids.push_back(id);
     std::ranges::sort(ids);
     ids.erase(std::ranges::unique(ids).begin(), ids.end());
@@ -208,10 +210,11 @@ class Ranking {
             .history = value_of(history_, file),
             .touched = value_of(touched_, id),
             .uses = value_of(uses_, id),
+            .used = value_of(used_, id),
             .path = value_of(path_, file),
             .area = value_of(area_, file),
             .exact = value_of(exact_, id),
-            .named = 0,
+            .named = value_of(named_, id),
             .callable = 0,
             .size = 0,
             .place = files_.find(file)->place};
@@ -223,10 +226,10 @@ class Ranking {
   const FileTable& files_;  // shared with other rankings of this state
   bool include_tests_;
   std::vector<std::string> unasked_;
-  std::unordered_map<std::string, double> weights_;  // of the task's words
-  std::vector<RowScore> lenders_;                    // the symbols with the most text, best first
-  Scores text_, touched_, exact_, uses_;             // by symbol
-  Scores file_, history_, path_, area_;              // by file
+  std::unordered_map<std::string, double> weights_;      // of the task's words
+  std::vector<RowScore> lenders_;                        // the symbols with the most text, best first
+  Scores text_, named_, touched_, exact_, uses_, used_;  // by symbol
+  Scores file_, history_, path_, area_;                  // by file
 };
 
 class RankedHit final : public Hit {

@@ -4,8 +4,6 @@
 #include <cmath>
 #include <string_view>
 
-#include "storage/file_record.h"
-#include "storage/resolver.h"
 #include "text/lowercase.h"
 #include "workers/retrieval/characters.h"
 
@@ -91,22 +89,6 @@ std::unordered_map<std::int64_t, double> search_names(Connection& connection,
     for (const Bearer& bearer : bearers) raise(scores, bearer.id, share * certainty(written, bearer));
   }
   return scores;
-}
-
-std::unordered_map<std::int64_t, double> callers_of(Connection& connection,
-                                                    const std::vector<RowScore>& symbols) {
-  std::vector<std::int64_t> ids;
-  std::unordered_map<std::int64_t, double> scores;
-  for (const RowScore& row : symbols) {
-    ids.push_back(row.id);
-    scores.emplace(row.id, row.score);
-  }
-  std::unordered_map<std::int64_t, double> callers;
-  const storage::Resolver resolver(connection);
-  for (const storage::ResolvedUse& use : resolver.uses_of(ids, storage::Resolver::From::production))
-    if (use.type == storage::CALL && use.caller != 0 && use.caller != use.target)
-      raise(callers, use.caller, scores[use.target] * use.weight);
-  return callers;
 }
 
 }  // namespace tarnwick::retrieval

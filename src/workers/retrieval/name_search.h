@@ -1,4 +1,4 @@
-// Symbols whose names a task writes, and those that use others.
+// Symbols whose names a task writes.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "storage/connection.h"
-#include "workers/retrieval/text_search.h"
 
 namespace tarnwick::retrieval {
 
@@ -16,10 +15,5 @@ namespace tarnwick::retrieval {
 /// scope.
 std::unordered_map<std::int64_t, double> search_names(storage::Connection& connection,
                                                       const std::vector<std::string>& names);
-
-/// Who calls the symbols in production code: the greatest score of a symbol that is called, less where a call
-/// may mean several symbols.
-std::unordered_map<std::int64_t, double> callers_of(storage::Connection& connection,
-                                                    const std::vector<RowScore>& symbols);
 
 }  // namespace tarnwick::retrieval

@@ -23,7 +23,9 @@ using storage::Connection;
 /// columns that repeat others say nothing new.
 constexpr std::array<double, storage::SEARCH_COLUMNS.size()> SYMBOL_WEIGHTS = {2, 2, 3, 1, 1, 0.5, 0};
 constexpr std::array<double, storage::SEARCH_COLUMNS.size()> FILE_WEIGHTS = {1, 1, 0, 0, 1, 0, 1};
+constexpr std::size_t NAME = 2;
 constexpr std::size_t PATH = storage::SEARCH_COLUMNS.size() - 1;
+static_assert(storage::SEARCH_COLUMNS[NAME] == "name");
 
 // The usual parameters of BM25: how soon more of a word ceases to count, and how much long texts lose.
 constexpr double SATURATION = 1.2;
@@ -37,6 +39,9 @@ std::size_t column_number(std::string_view name) {
 /// BM25 of many texts, added up word by word. Texts are numbered.
 class Bm25 {
  public:
+  /// Of texts of one length.
+  explicit Bm25(std::size_t texts) : scores_(texts) {}
+
   Bm25(std::span<const std::uint32_t> sizes, double average)
       : sizes_(sizes), average_(average), scores_(sizes.size()) {}
 
@@ -45,12 +50,13 @@ class Bm25 {
 
   /// All texts of the word were added. Gives their number.
   std::size_t end_word() {
-    const auto all = static_cast<double>(sizes_.size());
+    const auto all = static_cast<double>(scores_.size());
     const auto with = static_cast<double>(found_.size());
     // A word that most texts have still says a little.
     const double idf = std::max(1e-6, std::log((all - with + 0.5) / (with + 0.5)));
     for (const auto& [text, frequency] : found_) {
-      const double length = 1 - LENGTH_NORM + LENGTH_NORM * sizes_[text] / average_;
+      const double size = sizes_.empty() ? 1 : sizes_[text] / average_;
+      const double length = 1 - LENGTH_NORM + LENGTH_NORM * size;
       scores_[text] += idf * frequency * (SATURATION + 1) / (frequency + SATURATION * length);
     }
     const std::size_t count = found_.size();
@@ -62,7 +68,7 @@ class Bm25 {
 
  private:
   std::span<const std::uint32_t> sizes_;
-  double average_;
+  double average_ = 1;
   std::vector<std::pair<std::size_t, double>> found_;
   std::vector<double> scores_;
 };
@@ -74,6 +80,7 @@ class TextSearch {
       : connection_(&connection),
         sizes_(connection.fact<TextSizes>()),
         symbols_(sizes_.symbols(), sizes_.average_symbol()),
+        names_(sizes_.symbols().size()),
         files_(sizes_.files(), sizes_.average_file()) {
     connection.execute(
         "CREATE VIRTUAL TABLE IF NOT EXISTS temp.search_words USING fts5vocab (main, search, instance)");
@@ -88,6 +95,7 @@ class TextSearch {
     query.reset();
     end_file();
     symbols_.end_word();
+    names_.end_word();
     const std::size_t files = files_.end_word();
     return files == 0 ? 0
                       : std::log(1 + static_cast<double>(sizes_.files().size()) / static_cast<double>(files));
@@ -98,11 +106,12 @@ class TextSearch {
     for (std::size_t file = 0; file < sizes_.files().size(); ++file) {
       const std::int64_t id = sizes_.id(file);
       if (files_.scores()[file] > 0) result.files.push_back({id, files_.scores()[file]});
-      for (std::size_t n = sizes_.first(file); n < sizes_.first(file + 1); ++n)
-        if (symbols_.scores()[n] > 0)
-          result.symbols.push_back(
-              {storage::symbol_id(id, static_cast<std::int64_t>(n - sizes_.first(file)) + 1),
-               symbols_.scores()[n]});
+      for (std::size_t n = sizes_.first(file); n < sizes_.first(file + 1); ++n) {
+        const auto position = static_cast<std::int64_t>(n - sizes_.first(file)) + 1;
+        const std::int64_t symbol = storage::symbol_id(id, position);
+        if (symbols_.scores()[n] > 0) result.symbols.push_back({symbol, symbols_.scores()[n]});
+        if (names_.scores()[n] > 0) result.names.push_back({symbol, names_.scores()[n]});
+      }
     }
     std::ranges::sort(paths_);
     paths_.erase(std::ranges::unique(paths_).begin(), paths_.end());
@@ -122,6 +131,7 @@ class TextSearch {
     if (row != row_) end_row();
     row_ = row;
     in_symbol_ += SYMBOL_WEIGHTS[column];
+    in_name_ = in_name_ || column == NAME;
     in_file_ += FILE_WEIGHTS[column];
     if (column == PATH) paths_.push_back(id_);
   }
@@ -130,9 +140,12 @@ class TextSearch {
     // Position 0 is the file itself.
     const std::size_t number =
         sizes_.first(*file_) + static_cast<std::size_t>(storage::position_of(row_)) - 1;
-    if (in_symbol_ > 0 && storage::position_of(row_) > 0 && number < sizes_.first(*file_ + 1))
+    if (in_symbol_ > 0 && storage::position_of(row_) > 0 && number < sizes_.first(*file_ + 1)) {
       symbols_.add(number, in_symbol_);
+      if (in_name_) names_.add(number, 1);
+    }
     in_symbol_ = 0;
+    in_name_ = false;
   }
 
   void end_file() {
@@ -146,12 +159,13 @@ class TextSearch {
 
   Connection* connection_;
   const TextSizes& sizes_;
-  Bm25 symbols_, files_;
+  Bm25 symbols_, names_, files_;
   std::vector<std::int64_t> paths_;
   // Of the word at hand:
   std::int64_t id_ = -1, row_ = -1;
   std::optional<std::size_t> file_;
   double in_symbol_ = 0, in_file_ = 0;
+  bool in_name_ = false;
 };
 
 /// Any of the words, each quoted: none of them is an operator.

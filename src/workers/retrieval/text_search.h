@@ -33,6 +33,7 @@ struct SearchWords {
 /// Where the words are, in source files. Each list holds what has any of the words, by ascending id.
 struct TextScores {
   std::vector<RowScore> symbols;
+  std::vector<RowScore> names;  ///< of symbols, by their names alone
   std::vector<RowScore> files;
   std::vector<std::int64_t> paths;  ///< the files whose path has a word
   /// How telling each word is: the logarithm of the number of files over that of those that have it; 0 for a

@@ -1,0 +1,50 @@
+#include "workers/retrieval/call_search.h"
+
+#include <algorithm>
+
+#include "storage/file_record.h"
+#include "storage/resolver.h"
+
+namespace tarnwick::retrieval {
+namespace {
+
+using Scores = std::unordered_map<std::int64_t, double>;
+
+std::vector<std::int64_t> ids_of(const std::vector<RowScore>& symbols) {
+  std::vector<std::int64_t> ids;
+  for (const RowScore& row : symbols) ids.push_back(row.id);
+  return ids;
+}
+
+Scores scores_of(const std::vector<RowScore>& symbols) {
+  Scores scores;
+  for (const RowScore& row : symbols) scores.emplace(row.id, row.score);
+  return scores;
+}
+
+void raise(Scores& scores, std::int64_t id, double value) {
+  double& score = scores[id];
+  score = std::max(score, value);
+}
+
+}  // namespace
+
+Scores callers_of(storage::Connection& connection, const std::vector<RowScore>& symbols) {
+  const Scores scores = scores_of(symbols);
+  Scores callers;
+  for (const storage::ResolvedUse& use :
+       storage::Resolver(connection).uses_of(ids_of(symbols), storage::Resolver::From::production))
+    if (use.type == storage::CALL && use.caller != 0)
+      raise(callers, use.caller, scores.at(use.target) * use.weight);
+  return callers;
+}
+
+Scores used_by(storage::Connection& connection, const std::vector<RowScore>& symbols) {
+  const Scores scores = scores_of(symbols);
+  Scores used;
+  for (const storage::ResolvedUse& use : storage::Resolver(connection).used_by(ids_of(symbols)))
+    raise(used, use.target, scores.at(use.caller) * use.weight);
+  return used;
+}
+
+}  // namespace tarnwick::retrieval
