@@ -13,7 +13,7 @@ namespace tarnwick::indexing {
 /// (text/lines.h); byte offsets are into the same text, half open.
 struct Definition {
   std::string name = {};
-  /// Qualified by the enclosing scopes and, where the language has one, the module or package.
+  /// The name, behind the enclosing scopes and, where the language has one, the module or package.
   std::string fqn = {};
   std::string kind = {};  ///< one of the fourteen kinds that scoring knows, where it fits
   bool is_export = false;

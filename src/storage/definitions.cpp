@@ -45,22 +45,19 @@ Definitions::Definitions(Connection& connection, std::int64_t name_id) {
   const FileList& files = connection.fact<FileList>();
   const ImportLinks& links = connection.fact<ImportLinks>();
   SQLite::Statement& query = connection.prepare(
-      "SELECT s.id, s.parent_id, s.fqn_hash, s.fqn, n.name FROM symbols AS s JOIN names AS n "
-      "ON n.id = s.name_id WHERE s.name_id = ? ORDER BY s.id");
+      "SELECT s.id, s.parent, s.fqn_hash, c.scope FROM symbols AS s JOIN scopes AS c "
+      "ON c.id = (s.id & ~65535) + s.scope WHERE s.name_id = ? ORDER BY s.id");
   query.bind(1, name_id);
   while (query.executeStep()) {
     const std::int64_t id = query.getColumn(0).getInt64();
     const ListedFile* const file = files.find(file_of(id));
     if (file == nullptr) continue;
-    const std::string fqn = query.getColumn(3).getString();
-    const std::string name = query.getColumn(4).getString();
-    std::string_view scope = fqn;
-    if (scope.ends_with(name)) scope.remove_suffix(name.size());
+    const SQLite::Column parent = query.getColumn(1);
     const auto position = static_cast<std::uint32_t>(all_.size());
     all_.push_back({.id = id,
-                    .parent_id = query.getColumn(1).getInt64(),
+                    .parent_id = parent.isNull() ? 0 : symbol_id(file_of(id), parent.getInt64()),
                     .fqn_hash = query.getColumn(2).getInt64(),
-                    .scope = scope_key(scope)});
+                    .scope = scope_key(query.getColumn(3).getString())});
     for (const std::uint64_t place :
          {family_place(*file), scope_place(*file, all_.back().scope), directory_place(*file)})
       places_.emplace_back(place, position);

@@ -66,7 +66,7 @@ std::vector<SymbolTexts> texts_of(const std::vector<SymbolRow>& symbols) {
   std::vector<SymbolTexts> texts;
   texts.reserve(symbols.size());
   for (const SymbolRow& symbol : symbols) {
-    texts.push_back({symbol.name, symbol.fqn, symbol.signature ? *symbol.signature : std::string_view(),
+    texts.push_back({symbol.name, symbol.scope(), symbol.signature ? *symbol.signature : std::string_view(),
                      symbol.docstring ? *symbol.docstring : std::string_view(), symbol.parent});
   }
   return texts;

@@ -44,6 +44,9 @@ struct SymbolRow {
   bool docstring_truncated = false;
   std::int64_t token_count = 0;
   std::optional<std::size_t> parent;
+
+  /// What qualifies the name: the qualified name without it.
+  std::string_view scope() const { return std::string_view(fqn).substr(0, fqn.size() - name.size()); }
 };
 
 /// The uses of one name by one symbol (or by the file outside of all symbols), of one type.

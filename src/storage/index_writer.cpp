@@ -61,7 +61,9 @@ void IndexWriter::shrink() {
 
 void IndexWriter::clear() {
   connection_->execute(
-      "DELETE FROM files; DELETE FROM components; DELETE FROM names; DELETE FROM symbols; DELETE FROM uses; "
+      "DELETE FROM files; DELETE FROM components; DELETE FROM names; DELETE FROM symbols; DELETE FROM "
+      "scopes; "
+      "DELETE FROM uses; "
       "DELETE FROM used_names; "
       "DELETE FROM imports; DELETE FROM words; DELETE FROM search_sizes; "
       "INSERT INTO search (search) VALUES ('delete-all')");
@@ -88,7 +90,7 @@ void IndexWriter::remove(std::int64_t file_id) {
   note_symbols(file_id);
   remove_uses(file_id);
   remove_search(file_id);
-  for (const char* table : {"symbols", "imports"}) {
+  for (const char* table : {"symbols", "scopes", "imports"}) {
     SQLite::Statement& statement = connection_->prepare(std::string("DELETE FROM ") + table + ROWS_OF_FILE);
     statement.bind(1, file_id);
     run(statement);
@@ -140,16 +142,21 @@ void IndexWriter::add_info(std::int64_t file_id, const FileRecord& record) {
 }
 
 void IndexWriter::add_symbols(std::int64_t file_id, const FileRecord& record) {
+  std::unordered_map<std::string_view, std::int64_t> scopes;
   std::int64_t position = 0;
   for (const SymbolRow& symbol : record.symbols) {
     const std::int64_t name = name_id(symbol.name);
+    const auto next = static_cast<std::int64_t>(scopes.size()) + 1;
+    const auto [scope, is_new] = scopes.try_emplace(symbol.scope(), next);
+    if (is_new) add_scope(symbol_id(file_id, next), scope->first);
     SQLite::Statement& insert = connection_->prepare(
-        "INSERT INTO symbols (id, name_id, fqn, fqn_hash, kind, is_export, start_line, end_line, signature, "
-        "docstring, docstring_truncated, token_count, parent_id) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
+        "INSERT INTO symbols (id, name_id, scope, fqn_hash, kind, is_export, start_line, end_line, "
+        "signature, "
+        "docstring, docstring_truncated, token_count, parent) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
         "?)");
     insert.bind(1, symbol_id(file_id, ++position));
     insert.bind(2, name);
-    insert.bindNoCopy(3, symbol.fqn);
+    insert.bind(3, scope->second);
     insert.bind(4, fqn_hash(symbol.fqn));
     insert.bindNoCopy(5, symbol.kind);
     insert.bind(6, static_cast<int>(symbol.is_export));
@@ -159,9 +166,15 @@ void IndexWriter::add_symbols(std::int64_t file_id, const FileRecord& record) {
     bind_optional(insert, 10, symbol.docstring);
     insert.bind(11, static_cast<int>(symbol.docstring_truncated));
     insert.bind(12, symbol.token_count);
-    if (symbol.parent) insert.bind(13, symbol_id(file_id, static_cast<std::int64_t>(*symbol.parent) + 1));
+    if (symbol.parent) insert.bind(13, static_cast<std::int64_t>(*symbol.parent) + 1);
     run(insert);
   }
+}
+
+void IndexWriter::add_scope(std::int64_t id, std::string_view scope) {
+  SQLite::Statement& insert = connection_->prepare("INSERT INTO scopes (id, scope) VALUES (?, ?)");
+  SQLite::bind(insert, id, std::string(scope));
+  run(insert);
 }
 
 void IndexWriter::add_uses(std::int64_t file_id, const FileRecord& record) {
@@ -207,9 +220,8 @@ void IndexWriter::write_search(std::int64_t file_id, const SearchRows& search, b
 
 std::vector<SymbolRow> IndexWriter::symbols(std::int64_t file_id) {
   SQLite::Statement& query = connection_->prepare(
-      "SELECT n.name, s.fqn, s.signature, s.docstring, s.parent_id & 65535 FROM symbols "
-      "AS s JOIN names AS n ON n.id = s.name_id "
-      "WHERE s.id BETWEEN ?1 << 16 AND ?1 << 16 | 65535 ORDER BY s.id");
+      "SELECT name, fqn, signature, docstring, parent FROM named_symbols "
+      "WHERE id BETWEEN ?1 << 16 AND ?1 << 16 | 65535 ORDER BY id");
   query.bind(1, file_id);
   std::vector<SymbolRow> rows;
   while (query.executeStep()) {

@@ -81,6 +81,7 @@ class IndexWriter {
   std::int64_t name_id(const std::string& name);
   void add_info(std::int64_t file_id, const FileRecord& record);
   void add_symbols(std::int64_t file_id, const FileRecord& record);
+  void add_scope(std::int64_t id, std::string_view scope);
   void add_uses(std::int64_t file_id, const FileRecord& record);
   void add_imports(std::int64_t file_id, const FileRecord& record);
   void write_search(std::int64_t file_id, const SearchRows& search, bool remove);

@@ -61,8 +61,7 @@ std::unordered_map<std::int64_t, CallerSymbol> callers_of(Connection& connection
   std::vector<std::int64_t> ids;
   for (const ResolvedUse& use : uses) ids.push_back(use.caller);
   SQLite::Statement& query = connection.prepare(
-      "SELECT s.id, s.fqn, s.kind, n.name FROM json_each(?) AS j JOIN symbols AS s ON s.id = j.value "
-      "JOIN names AS n ON n.id = s.name_id");
+      "SELECT s.id, s.fqn, s.kind, s.name FROM json_each(?) AS j JOIN named_symbols AS s ON s.id = j.value");
   query.bind(1, json_array(ids));
   std::unordered_map<std::int64_t, CallerSymbol> callers;
   while (query.executeStep()) {

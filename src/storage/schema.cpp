@@ -35,7 +35,7 @@ CREATE INDEX names_lower ON names (lower);
 CREATE TABLE symbols (
   id INTEGER PRIMARY KEY,
   name_id INTEGER NOT NULL,
-  fqn TEXT NOT NULL,
+  scope INTEGER NOT NULL,
   fqn_hash INTEGER NOT NULL,
   kind TEXT NOT NULL,
   is_export INTEGER NOT NULL,
@@ -45,10 +45,14 @@ CREATE TABLE symbols (
   docstring TEXT,
   docstring_truncated INTEGER NOT NULL,
   token_count INTEGER NOT NULL,
-  parent_id INTEGER
+  parent INTEGER
 );
 CREATE INDEX symbols_name ON symbols (name_id);
 CREATE INDEX symbols_fqn ON symbols (fqn_hash);
+CREATE TABLE scopes (id INTEGER PRIMARY KEY, scope TEXT NOT NULL);
+CREATE VIEW named_symbols AS
+  SELECT s.*, n.name, n.lower, c.scope || n.name AS fqn
+  FROM symbols AS s JOIN names AS n ON n.id = s.name_id JOIN scopes AS c ON c.id = (s.id & ~65535) + s.scope;
 
 CREATE TABLE uses (file_id INTEGER PRIMARY KEY, uses BLOB NOT NULL);
 CREATE TABLE used_names (name_id INTEGER NOT NULL, file_id INTEGER NOT NULL, PRIMARY KEY (name_id, file_id))

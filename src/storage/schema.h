@@ -8,9 +8,15 @@
 //   files(id, path, …)          every file of the tree, the left out ones too (`skip` says why, else null)
 //   components(id, name, path)  directories of packages; path is "" for the root
 //   names(id, name, lower)      each simple name once; lower is its Unicode lowercase
-//   symbols(id, name_id, …)     id = symbol_id(file, position): the rows of a file are neighbours
+//   symbols(id, name_id, …)     id = symbol_id(file, position): the rows of a file are neighbours. scope and
+//                               parent are positions in the file, too: of a scope and of a symbol
+//   scopes(id, scope)           what stands before the names of a file's symbols in their qualified names,
+//   each
+//                               once; id = symbol_id(file, position)
+//   named_symbols               symbols with their names and qualified names
 //   uses(file_id, uses)         a file's uses of names, packed: packed_uses.h
-//   used_names(name_id, file_id) the files that use a name
+//   used_names(name_id, file_id)
+//                               the files that use a name
 //   imports(id, module, …)      module_key: see import_keys.h
 //   words(file_id, words)       the words of a file's text, compressed: a table without content can only
 //   forget
@@ -18,7 +24,8 @@
 //   search                      FTS5 over the words of retrieval/words.h: which columns of which rows hold a
 //                               word. rowid = symbol id; position 0 stands for the file. No content, no
 //                               positions, no sizes: readers weigh the rows themselves
-//   search_sizes(file_id, sizes) how many words the rows of a file have, packed: search_text.h
+//   search_sizes(file_id, sizes)
+//                               how many words the rows of a file have, packed: search_text.h
 //   commits(id, hash, files, …) past commits; a newer one has a greater id. One that changed no file of the
 //                               tree, or many, has no further rows
 //   commit_files(…, names)      the files of a commit and, blank-separated, the names of what it touched
@@ -33,7 +40,7 @@ namespace tarnwick::storage {
 
 /// Counts up with every change of tables, of what is put in them, or of extraction: an older index is
 /// rebuilt.
-inline constexpr int SCHEMA_VERSION = 6;
+inline constexpr int SCHEMA_VERSION = 7;
 
 /// "tarn" in the header of the file; frozen.
 inline constexpr int APPLICATION_ID = 0x7461726E;
@@ -45,9 +52,6 @@ inline constexpr int POSITION_BITS = 16;
 constexpr std::int64_t symbol_id(std::int64_t file_id, std::int64_t position) {
   return (file_id << POSITION_BITS) | position;
 }
-/// What symbols.fqn_hash holds: a tenth of the room that an index over the texts would take.
-std::int64_t fqn_hash(std::string_view fqn);
-
 constexpr std::int64_t file_of(std::int64_t symbol_id) {
   return symbol_id >> POSITION_BITS;
 }
@@ -55,6 +59,9 @@ constexpr std::int64_t file_of(std::int64_t symbol_id) {
 constexpr std::int64_t position_of(std::int64_t symbol_id) {
   return symbol_id & ((std::int64_t{1} << POSITION_BITS) - 1);
 }
+
+/// What symbols.fqn_hash holds: a tenth of the room that an index over the texts would take.
+std::int64_t fqn_hash(std::string_view fqn);
 
 namespace meta_keys {
 inline constexpr const char* ROOT = "root";              ///< the repository's real path

@@ -80,13 +80,6 @@ std::vector<Words> own_words(Vocabulary& vocabulary, std::string_view text,
   return bodies;
 }
 
-/// What qualifies the name: the qualified name without it.
-std::string_view scope_of(const SymbolTexts& symbol) {
-  std::string_view scope = symbol.fqn;
-  if (scope.ends_with(symbol.name)) scope.remove_suffix(symbol.name.size());
-  return scope;
-}
-
 /// Writes the columns of the search tables.
 class Columns {
  public:
@@ -206,7 +199,7 @@ SearchRows search_rows(const FileWords& words, std::string_view path, std::span<
     std::uint32_t& size = result.sizes[i + 1];
     size = columns.write(row[BODY], row[AGAIN]);
     size += columns.write(row[NAME], name);
-    size += columns.write(row[SCOPE], columns.words_of(scope_of(symbol)));
+    size += columns.write(row[SCOPE], columns.words_of(symbol.scope));
     size += columns.write(row[SIGNATURE], signature);
     size += columns.write(row[DOCSTRING], columns.words_of(symbol.docstring));
     if (!symbol.parent || *symbol.parent >= i) continue;

@@ -41,7 +41,7 @@ FileWords words_of(std::string_view text, const std::vector<indexing::Definition
 
 /// What is searched of a symbol besides its text.
 struct SymbolTexts {
-  std::string_view name, fqn, signature, docstring;
+  std::string_view name, scope, signature, docstring;
   std::optional<std::size_t> parent;  ///< position of the symbol that holds it, an earlier one
 };
 

@@ -69,11 +69,11 @@ SymbolMatches StoredRepository::search_symbols(const Text& pattern, std::int64_t
   if (!names || limit < 0) return {};
   return connection_->guard([&] {
     static const std::string sql = "SELECT " + std::string(SYMBOL_COLUMNS) +
-                                   ", count(*) OVER () FROM names AS n JOIN symbols AS s ON s.name_id = n.id "
+                                   ", count(*) OVER () FROM named_symbols AS s "
                                    "JOIN files AS f ON f.id = s.id >> 16 "
-                                   "WHERE n.lower GLOB ?1 AND f.is_source >= ?2 "
-                                   "ORDER BY n.lower <> ?3, substr(n.lower, 1, length(?3)) <> ?3, "
-                                   "length(n.lower), s.is_export DESC, f.path, s.id "
+                                   "WHERE s.lower GLOB ?1 AND f.is_source >= ?2 "
+                                   "ORDER BY s.lower <> ?3, substr(s.lower, 1, length(?3)) <> ?3, "
+                                   "length(s.lower), s.is_export DESC, f.path, s.id "
                                    "LIMIT ?4";
     SQLite::Statement& query = connection_->prepare(sql);
     query.bind(1, names->glob);
@@ -162,8 +162,7 @@ std::shared_ptr<const IdMap<SymbolPtr>> StoredRepository::symbols_with_paths(
     const std::vector<std::int64_t>& ids) const {
   return connection_->guard([&] {
     static const std::string sql = "SELECT " + std::string(SYMBOL_COLUMNS) +
-                                   " FROM json_each(?) AS j JOIN symbols AS s ON s.id = j.value "
-                                   "JOIN names AS n ON n.id = s.name_id";
+                                   " FROM json_each(?) AS j JOIN named_symbols AS s ON s.id = j.value";
     SQLite::Statement& query = connection_->prepare(sql);
     query.bind(1, json_array(ids));
     std::unordered_map<std::int64_t, SymbolPtr> symbols;
@@ -181,7 +180,7 @@ std::shared_ptr<const TestRecords> StoredRepository::find_covering_tests(
 std::vector<SymbolPtr> StoredRepository::get_symbols_by_file(std::int64_t file_id) const {
   return connection_->guard([&] {
     static const std::string sql = "SELECT " + std::string(SYMBOL_COLUMNS) +
-                                   " FROM symbols AS s JOIN names AS n ON n.id = s.name_id "
+                                   " FROM named_symbols AS s "
                                    "WHERE s.id BETWEEN ?1 << 16 AND ?1 << 16 | 65535 ORDER BY s.id";
     SQLite::Statement& query = connection_->prepare(sql);
     query.bind(1, file_id);
@@ -205,7 +204,7 @@ SymbolPtr StoredRepository::get_symbol_by_fqn(const Text& fqn) const {
 std::vector<SymbolPtr> StoredRepository::symbols_by_fqn(const Text& fqn) const {
   return connection_->guard([&] {
     static const std::string sql = "SELECT " + std::string(SYMBOL_COLUMNS) +
-                                   " FROM symbols AS s JOIN names AS n ON n.id = s.name_id "
+                                   " FROM named_symbols AS s "
                                    "JOIN files AS f ON f.id = s.id >> 16 WHERE s.fqn_hash = ? AND s.fqn = ? "
                                    "ORDER BY f.is_test, s.is_export DESC, f.path, s.id";
     SQLite::Statement& query = connection_->prepare(sql);

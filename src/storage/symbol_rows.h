@@ -9,9 +9,9 @@
 
 namespace tarnwick::storage {
 
-/// The columns that read_symbol takes, from symbols AS s and names AS n; to be put into a query's text.
+/// The columns that read_symbol takes, from named_symbols AS s; to be put into a query's text.
 inline constexpr std::string_view SYMBOL_COLUMNS =
-    "s.id, n.name, s.fqn, s.kind, s.is_export, s.start_line, s.end_line, s.signature, s.docstring, "
+    "s.id, s.name, s.fqn, s.kind, s.is_export, s.start_line, s.end_line, s.signature, s.docstring, "
     "s.docstring_truncated, s.token_count";
 
 /// The symbol of the query's current row.

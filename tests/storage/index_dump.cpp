@@ -13,10 +13,11 @@ constexpr const char* QUERIES[] = {
     "(SELECT path FROM components AS c WHERE c.id = component_id) FROM files",
     "SELECT 'component', id, name, path FROM components",
     "SELECT 'name', name, lower FROM names",
-    "SELECT 'symbol', f.path, s.id & 65535, n.name, fqn, fqn_hash, kind, is_export, start_line, end_line, "
+    "SELECT 'symbol', f.path, s.id & 65535, name, fqn, fqn_hash, kind, is_export, start_line, end_line, "
     "signature, "
-    "docstring, docstring_truncated, token_count, parent_id & 65535 "
-    "FROM symbols AS s JOIN files AS f ON f.id = s.id >> 16 JOIN names AS n ON n.id = s.name_id",
+    "docstring, docstring_truncated, token_count, parent "
+    "FROM named_symbols AS s JOIN files AS f ON f.id = s.id >> 16",
+    "SELECT 'scope', f.path, c.id & 65535, scope FROM scopes AS c JOIN files AS f ON f.id = c.id >> 16",
     "SELECT 'used name', f.path, n.name FROM used_names AS u JOIN files AS f ON f.id = u.file_id "
     "JOIN names AS n ON n.id = u.name_id",
     "SELECT 'import', f.path, i.id & 65535, module, name, alias, module_key, line "

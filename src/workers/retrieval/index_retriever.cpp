@@ -178,7 +178,7 @@ class Ranking {
     for (const RowScore& row : best(std::move(rows), CANDIDATES)) ids.push_back(row.id);
     SQLite::Statement& query = connection_->prepare(
         "SELECT s.id, s.kind, s.fqn, s.end_line - s.start_line + 1 FROM json_each(?) AS j CROSS JOIN "
-        "symbols AS s ON s.id = j.value");
+        "named_symbols AS s ON s.id = j.value");
     query.bind(1, storage::json_array(ids));
     std::vector<ExplainedHit> hits;
     while (query.executeStep()) {

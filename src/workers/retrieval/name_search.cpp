@@ -49,9 +49,8 @@ struct Bearer {
 
 std::vector<Bearer> bearers_of(Connection& connection, std::string_view name) {
   std::vector<Bearer> bearers;
-  SQLite::Statement& query = connection.prepare(
-      "SELECT s.id, n.name, s.fqn FROM names AS n JOIN symbols AS s ON s.name_id = n.id WHERE n.lower = ? "
-      "LIMIT ?");
+  SQLite::Statement& query =
+      connection.prepare("SELECT id, name, fqn FROM named_symbols WHERE lower = ? LIMIT ?");
   query.bind(1, text::lowercase(name));
   query.bind(2, static_cast<std::int64_t>(MOST_BEARERS + 1));
   while (query.executeStep())
