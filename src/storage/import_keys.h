@@ -12,7 +12,7 @@ namespace tarnwick::storage {
 /// C.
 std::vector<std::string_view> module_parts(std::string_view module);
 
-/// The last of them: what `imports.module_key` holds. Empty when there is none.
+/// The last of them: by which `imported` is asked. Empty when there is none.
 std::string_view module_key(std::string_view module);
 
 /// The parts of a file's path by which it is imported: directories and the name without extension. A file

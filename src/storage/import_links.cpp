@@ -6,6 +6,8 @@
 
 #include "storage/file_list.h"
 #include "storage/import_keys.h"
+#include "storage/packed_imports.h"
+#include "storage/schema.h"
 
 namespace tarnwick::storage {
 namespace {
@@ -109,12 +111,11 @@ Imported ImportLinks::read(Connection& connection, std::int64_t file) const {
     append(files_, module, imported.files);
     append(packages_, module, imported.packages);
   };
-  SQLite::Statement& query =
-      connection.prepare("SELECT module, name FROM imports WHERE id BETWEEN ?1 << 16 AND ?1 << 16 | 65535");
+  SQLite::Statement& query = connection.prepare("SELECT imports FROM imports WHERE file_id = ?");
   query.bind(1, file);
-  while (query.executeStep()) {
-    const std::string text = query.getColumn(0).getString();
-    const std::string name = query.getColumn(1).getString();
+  const std::string packed = query.executeStep() ? query.getColumn(0).getString() : std::string();
+  query.reset();
+  for (const auto& [text, name] : unpack_imports(packed)) {
     Module module{relative_parts(importer->path, text), true};
     if (module.parts.empty()) module = {module_parts(text), false};
     append_to_both(module);
@@ -122,7 +123,6 @@ Imported ImportLinks::read(Connection& connection, std::int64_t file) const {
     module.parts.emplace_back(name);  // the name may be that of a module itself
     append_to_both(module);
   }
-  query.reset();
   sort_distinct(imported.files);
   sort_distinct(imported.packages);
   std::erase(imported.files, file);
@@ -140,10 +140,9 @@ std::vector<std::int64_t> ImportLinks::read_importers(Connection& connection, st
   const Parts parts = listed == nullptr ? Parts() : file_parts(listed->path);
   std::vector<std::int64_t> importers;
   if (parts.empty()) return importers;
-  SQLite::Statement& query = connection.prepare(
-      "SELECT id >> 16 FROM imports WHERE module_key = ?1 UNION SELECT id >> 16 FROM imports WHERE name = "
-      "?1");
-  query.bind(1, std::string(parts.back()));
+  SQLite::Statement& query =
+      connection.prepare("SELECT file_id FROM imported WHERE hash = ? ORDER BY file_id");
+  query.bind(1, text_hash(parts.back()));
   while (query.executeStep()) importers.push_back(query.getColumn(0).getInt64());
   query.reset();
   std::erase_if(importers, [&](std::int64_t importer) {

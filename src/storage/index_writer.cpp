@@ -5,8 +5,10 @@
 #include <functional>
 #include <numeric>
 #include <optional>
+#include <set>
 
 #include "storage/import_keys.h"
+#include "storage/packed_imports.h"
 #include "storage/packed_uses.h"
 #include "storage/schema.h"
 #include "text/lowercase.h"
@@ -65,7 +67,7 @@ void IndexWriter::clear() {
       "scopes; "
       "DELETE FROM uses; "
       "DELETE FROM used_names; "
-      "DELETE FROM imports; DELETE FROM words; DELETE FROM search_sizes; "
+      "DELETE FROM imports; DELETE FROM imported; DELETE FROM words; DELETE FROM search_sizes; "
       "INSERT INTO search (search) VALUES ('delete-all')");
   name_ids_.clear();
 }
@@ -89,14 +91,16 @@ void IndexWriter::add(std::int64_t file_id, const FileRecord& record) {
 void IndexWriter::remove(std::int64_t file_id) {
   note_symbols(file_id);
   remove_uses(file_id);
+  remove_imports(file_id);
   remove_search(file_id);
-  for (const char* table : {"symbols", "scopes", "imports"}) {
+  for (const char* table : {"symbols", "scopes"}) {
     SQLite::Statement& statement = connection_->prepare(std::string("DELETE FROM ") + table + ROWS_OF_FILE);
     statement.bind(1, file_id);
     run(statement);
   }
-  for (const char* sql : {"DELETE FROM uses WHERE file_id = ?", "DELETE FROM words WHERE file_id = ?",
-                          "DELETE FROM search_sizes WHERE file_id = ?", "DELETE FROM files WHERE id = ?"}) {
+  for (const char* sql : {"DELETE FROM uses WHERE file_id = ?", "DELETE FROM imports WHERE file_id = ?",
+                          "DELETE FROM words WHERE file_id = ?", "DELETE FROM search_sizes WHERE file_id = ?",
+                          "DELETE FROM files WHERE id = ?"}) {
     SQLite::Statement& statement = connection_->prepare(sql);
     statement.bind(1, file_id);
     run(statement);
@@ -157,7 +161,7 @@ void IndexWriter::add_symbols(std::int64_t file_id, const FileRecord& record) {
     insert.bind(1, symbol_id(file_id, ++position));
     insert.bind(2, name);
     insert.bind(3, scope->second);
-    insert.bind(4, fqn_hash(symbol.fqn));
+    insert.bind(4, text_hash(symbol.fqn));
     insert.bindNoCopy(5, symbol.kind);
     insert.bind(6, static_cast<int>(symbol.is_export));
     insert.bind(7, symbol.start_line);
@@ -193,13 +197,26 @@ void IndexWriter::add_uses(std::int64_t file_id, const FileRecord& record) {
 }
 
 void IndexWriter::add_imports(std::int64_t file_id, const FileRecord& record) {
-  std::int64_t position = 0;
-  for (const indexing::Import& import : record.imports) {
-    SQLite::Statement& insert = connection_->prepare(
-        "INSERT INTO imports (id, module, name, alias, module_key, line) VALUES (?, ?, ?, ?, ?, ?)");
-    SQLite::bind(insert, symbol_id(file_id, ++position), import.module, import.name, import.alias,
-                 std::string(module_key(import.module)), import.line);
-    run(insert);
+  if (record.imports.empty()) return;
+  const std::string packed = pack(record.imports);
+  add_blob("INSERT INTO imports (file_id, imports) VALUES (?, ?)", file_id, packed);
+  change_imported("INSERT INTO imported (hash, file_id) VALUES (?, ?)", file_id, packed);
+}
+
+void IndexWriter::remove_imports(std::int64_t file_id) {
+  const std::string packed = blob("SELECT imports FROM imports WHERE file_id = ?", file_id);
+  change_imported("DELETE FROM imported WHERE hash = ? AND file_id = ?", file_id, packed);
+}
+
+void IndexWriter::change_imported(std::string_view sql, std::int64_t file_id, std::string_view packed) {
+  std::set<std::int64_t> hashes;
+  for (const StoredImport& import : unpack_imports(packed))
+    for (const std::string_view text : {module_key(import.module), import.name})
+      if (!text.empty()) hashes.insert(text_hash(text));
+  for (const std::int64_t hash : hashes) {
+    SQLite::Statement& change = connection_->prepare(sql);
+    SQLite::bind(change, hash, file_id);
+    run(change);
   }
 }
 

@@ -88,6 +88,8 @@ class IndexWriter {
   void remove_search(std::int64_t file_id);
   /// The stored symbols of a file as far as search_rows asks for them.
   std::vector<SymbolRow> symbols(std::int64_t file_id);
+  void remove_imports(std::int64_t file_id);
+  void change_imported(std::string_view sql, std::int64_t file_id, std::string_view packed);
   void remove_uses(std::int64_t file_id);
   void note_symbols(std::int64_t file_id);
   void add_blob(std::string_view sql, std::int64_t file_id, const std::string& bytes);

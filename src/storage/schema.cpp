@@ -58,16 +58,9 @@ CREATE TABLE uses (file_id INTEGER PRIMARY KEY, uses BLOB NOT NULL);
 CREATE TABLE used_names (name_id INTEGER NOT NULL, file_id INTEGER NOT NULL, PRIMARY KEY (name_id, file_id))
   WITHOUT ROWID;
 
-CREATE TABLE imports (
-  id INTEGER PRIMARY KEY,
-  module TEXT NOT NULL,
-  name TEXT NOT NULL,
-  alias TEXT NOT NULL,
-  module_key TEXT NOT NULL,
-  line INTEGER NOT NULL
-);
-CREATE INDEX imports_module ON imports (module_key);
-CREATE INDEX imports_name ON imports (name);
+CREATE TABLE imports (file_id INTEGER PRIMARY KEY, imports BLOB NOT NULL);
+CREATE TABLE imported (hash INTEGER NOT NULL, file_id INTEGER NOT NULL, PRIMARY KEY (hash, file_id))
+  WITHOUT ROWID;
 
 CREATE TABLE words (file_id INTEGER PRIMARY KEY, words BLOB NOT NULL);
 CREATE TABLE search_sizes (file_id INTEGER PRIMARY KEY, sizes BLOB NOT NULL);
@@ -84,8 +77,8 @@ CREATE TABLE commit_files (
 CREATE VIRTUAL TABLE commit_search USING fts5 (subject, tokenize = "ascii tokenchars '_$'");
 )sql";
 
-std::int64_t fqn_hash(std::string_view fqn) {
-  return static_cast<std::int64_t>(XXH3_64bits(fqn.data(), fqn.size()) & 0x7FFFFFFFU);
+std::int64_t text_hash(std::string_view text) {
+  return static_cast<std::int64_t>(XXH3_64bits(text.data(), text.size()) & 0x7FFFFFFFU);
 }
 
 }  // namespace tarnwick::storage

@@ -17,8 +17,9 @@
 //   uses(file_id, uses)         a file's uses of names, packed: packed_uses.h
 //   used_names(name_id, file_id)
 //                               the files that use a name
-//   imports(id, module, …)      module_key: see import_keys.h
-//   words(file_id, words)       the words of a file's text, compressed: a table without content can only
+//   imports(file_id, imports)   what a file imports, packed: packed_imports.h
+//   imported(hash, file_id)     the files whose imports end with a text of that hash, or bring it in as a
+//   name words(file_id, words)       the words of a file's text, compressed: a table without content can only
 //   forget
 //                               a row when it is told the row's text again (search_text.h)
 //   search                      FTS5 over the words of retrieval/words.h: which columns of which rows hold a
@@ -60,8 +61,9 @@ constexpr std::int64_t position_of(std::int64_t symbol_id) {
   return symbol_id & ((std::int64_t{1} << POSITION_BITS) - 1);
 }
 
-/// What symbols.fqn_hash holds: a tenth of the room that an index over the texts would take.
-std::int64_t fqn_hash(std::string_view fqn);
+/// Stands for a text where it is looked up by: a tenth of the room that an index over texts would take.
+/// Other texts may share it.
+std::int64_t text_hash(std::string_view text);
 
 namespace meta_keys {
 inline constexpr const char* ROOT = "root";              ///< the repository's real path

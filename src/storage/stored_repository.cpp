@@ -69,9 +69,10 @@ SymbolMatches StoredRepository::search_symbols(const Text& pattern, std::int64_t
   if (!names || limit < 0) return {};
   return connection_->guard([&] {
     static const std::string sql = "SELECT " + std::string(SYMBOL_COLUMNS) +
-                                   ", count(*) OVER () FROM named_symbols AS s "
+                                   ", count(*) OVER () FROM names AS n CROSS JOIN named_symbols AS s "
+                                   "ON s.name_id = n.id "
                                    "JOIN files AS f ON f.id = s.id >> 16 "
-                                   "WHERE s.lower GLOB ?1 AND f.is_source >= ?2 "
+                                   "WHERE n.lower GLOB ?1 AND f.is_source >= ?2 "
                                    "ORDER BY s.lower <> ?3, substr(s.lower, 1, length(?3)) <> ?3, "
                                    "length(s.lower), s.is_export DESC, f.path, s.id "
                                    "LIMIT ?4";
@@ -208,7 +209,7 @@ std::vector<SymbolPtr> StoredRepository::symbols_by_fqn(const Text& fqn) const {
                                    "JOIN files AS f ON f.id = s.id >> 16 WHERE s.fqn_hash = ? AND s.fqn = ? "
                                    "ORDER BY f.is_test, s.is_export DESC, f.path, s.id";
     SQLite::Statement& query = connection_->prepare(sql);
-    query.bind(1, fqn_hash(fqn));
+    query.bind(1, text_hash(fqn));
     query.bind(2, std::string(fqn.view()));
     return read_symbols(query);
   });

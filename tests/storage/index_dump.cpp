@@ -20,8 +20,8 @@ constexpr const char* QUERIES[] = {
     "SELECT 'scope', f.path, c.id & 65535, scope FROM scopes AS c JOIN files AS f ON f.id = c.id >> 16",
     "SELECT 'used name', f.path, n.name FROM used_names AS u JOIN files AS f ON f.id = u.file_id "
     "JOIN names AS n ON n.id = u.name_id",
-    "SELECT 'import', f.path, i.id & 65535, module, name, alias, module_key, line "
-    "FROM imports AS i JOIN files AS f ON f.id = i.id >> 16",
+    "SELECT 'imports', f.path, hex(imports) FROM imports AS i JOIN files AS f ON f.id = i.file_id",
+    "SELECT 'imported', f.path, i.hash FROM imported AS i JOIN files AS f ON f.id = i.file_id",
     "SELECT 'words', f.path, hex(words) FROM words AS w JOIN files AS f ON f.id = w.file_id",
     "SELECT 'search sizes', f.path, hex(sizes) FROM search_sizes AS s JOIN files AS f ON f.id = s.file_id",
     "SELECT 'search word', term, ifnull(f.path, 'lost'), doc & 65535, col "
