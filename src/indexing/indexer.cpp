@@ -30,8 +30,9 @@ using storage::FileRecord;
 using storage::IndexWriter;
 using storage::StoredFile;
 
-/// How many files are read ahead of the writer.
-constexpr std::size_t WINDOW = 64;
+/// How many files are read ahead of the writer, and of how many bytes.
+constexpr std::size_t MOST_AHEAD = 1024;
+constexpr std::size_t MOST_BYTES_AHEAD = std::size_t{16} << 20U;
 
 /// A first indexing shows readers what is done after this time, and then each time that it has taken twice as
 /// long: each commit leaves the search tables more to merge.
@@ -258,7 +259,11 @@ class Update {
   /// False when interrupted.
   bool add_files(const Plan& plan) {
     const auto total = static_cast<std::int64_t>(plan.jobs.size());
-    OrderedPipeline<FileRecord> records(plan.jobs.size(), WINDOW, thread_count(plan.jobs.size()),
+    const auto size_of = [](const FileRecord& record) {
+      return static_cast<std::size_t>(record.info.stat.size);
+    };
+    OrderedPipeline<FileRecord> records(plan.jobs.size(), {MOST_AHEAD, MOST_BYTES_AHEAD, size_of},
+                                        thread_count(plan.jobs.size()),
                                         [&](std::size_t number) { return reader_.read(plan.jobs[number]); });
     const auto start = std::chrono::steady_clock::now();
     std::chrono::steady_clock::duration batch_end = BATCH_TIME;

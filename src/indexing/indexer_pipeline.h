@@ -13,14 +13,23 @@
 
 namespace tarnwick::indexing {
 
-/// Makes results 0 to count − 1 on several threads and hands them out in that order. At most `window` results
-/// are under way or waiting, which bounds the memory. Destroying the pipeline abandons what is left.
+/// Makes results 0 to count − 1 on several threads and hands them out in that order. Destroying the pipeline
+/// abandons what is left.
+///
+/// The memory is bounded: no more than `Window::results` are under way or waiting, and none is begun while
+/// those that wait weigh `Window::weight` or more. A wide window keeps the threads busy while whoever takes
+/// the results is held up.
 template <class Result>
 class OrderedPipeline {
  public:
-  OrderedPipeline(std::size_t count, std::size_t window, unsigned threads,
-                  std::function<Result(std::size_t)> make)
-      : count_(count), slots_(window), make_(std::move(make)) {
+  struct Window {
+    std::size_t results = 1;
+    std::size_t weight = 1;
+    std::function<std::size_t(const Result&)> weigh;
+  };
+
+  OrderedPipeline(std::size_t count, Window window, unsigned threads, std::function<Result(std::size_t)> make)
+      : count_(count), window_(std::move(window)), slots_(window_.results), make_(std::move(make)) {
     for (unsigned i = 0; i < threads; ++i) threads_.emplace_back([this] { work(); });
   }
   OrderedPipeline(const OrderedPipeline&) = delete;
@@ -42,8 +51,9 @@ class OrderedPipeline {
     if (slot.error) std::rethrow_exception(slot.error);
     std::optional<Result> result = std::exchange(slot.result, std::nullopt);
     ++taken_;
+    waiting_ -= slot.weight;
     lock.unlock();
-    room_.notify_one();
+    room_.notify_all();
     return result;
   }
 
@@ -51,22 +61,27 @@ class OrderedPipeline {
   struct Slot {
     std::optional<Result> result;
     std::exception_ptr error;
+    std::size_t weight = 0;
   };
+
+  bool has_room() const { return started_ < taken_ + slots_.size() && waiting_ < window_.weight; }
 
   void work() {
     std::unique_lock lock(mutex_);
     for (;;) {
-      room_.wait(lock, [&] { return started_ == count_ || started_ < taken_ + slots_.size(); });
+      room_.wait(lock, [&] { return started_ == count_ || has_room(); });
       if (started_ == count_) return;
       const std::size_t number = started_++;
       lock.unlock();
       Slot made;
       try {
         made.result.emplace(make_(number));
+        made.weight = window_.weigh(*made.result);
       } catch (...) {
         made.error = std::current_exception();
       }
       lock.lock();
+      waiting_ += made.weight;
       slots_[number % slots_.size()] = std::move(made);
       done_.notify_one();
     }
@@ -75,6 +90,8 @@ class OrderedPipeline {
   std::size_t count_;
   std::size_t started_ = 0;
   std::size_t taken_ = 0;
+  std::size_t waiting_ = 0;  // what the results weigh that nobody took yet
+  Window window_;
   std::vector<Slot> slots_;
   std::function<Result(std::size_t)> make_;
   std::mutex mutex_;
