@@ -69,7 +69,9 @@ class Assembler {
       while (stack_.back().range.end <= event.range.start) stack_.pop_back();
       handle(event);
     }
-    std::ranges::stable_sort(facts_.uses, {}, &Use::line);
+    // Nearly always in order as they came.
+    if (!std::ranges::is_sorted(facts_.uses, {}, &Use::line))
+      std::ranges::stable_sort(facts_.uses, {}, &Use::line);
     facts_.has_error = raw_.has_error;
     return std::move(facts_);
   }

@@ -1,6 +1,7 @@
 #include "indexing/guards.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 namespace tarnwick::indexing {
@@ -11,6 +12,13 @@ constexpr int MAX_NESTING = 4000;
 constexpr int MAX_COMMENTS = 60'000;
 constexpr int MAX_UNCLOSED_ANGLES = 30'000;
 constexpr std::size_t MAX_LINE_BYTES = 64 << 10;
+
+/// The characters that is_parsable looks at; most are none of them.
+constexpr auto TELLING = [] {
+  std::array<bool, 256> telling{};
+  for (const char c : std::string_view("\n()[]{}<>#/-\\")) telling[static_cast<unsigned char>(c)] = true;
+  return telling;
+}();
 
 bool opens_comment(std::string_view text, std::size_t at) {
   const char c = text[at];
@@ -27,9 +35,10 @@ bool is_parsable(std::string_view text) {
   int angles = 0;
   std::size_t line_start = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    if (i - line_start > MAX_LINE_BYTES) return false;
+    if (!TELLING[static_cast<unsigned char>(text[i])]) continue;
     switch (text[i]) {
       case '\n':
+        if (i - line_start > MAX_LINE_BYTES) return false;
         line_start = i;
         break;
       case '(':
@@ -58,7 +67,7 @@ bool is_parsable(std::string_view text) {
         break;
     }
   }
-  return true;
+  return text.size() - line_start <= MAX_LINE_BYTES;
 }
 
 }  // namespace tarnwick::indexing

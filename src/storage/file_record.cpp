@@ -1,8 +1,8 @@
 #include "storage/file_record.h"
 
 #include <algorithm>
-#include <map>
-#include <tuple>
+#include <functional>
+#include <unordered_map>
 #include <utility>
 
 #include "storage/docstrings.h"
@@ -39,10 +39,26 @@ std::int64_t type_number(std::string_view type) {
   return found == std::end(USE_TYPES) ? 0 : found - std::begin(USE_TYPES);
 }
 
+/// What tells the rows of uses apart; views into the uses.
+struct UseKey {
+  std::optional<std::size_t> enclosing;
+  std::string_view name, qualifier;
+  std::int64_t type = 0;
+
+  friend bool operator==(const UseKey&, const UseKey&) = default;
+};
+
+struct UseHash {
+  std::size_t operator()(const UseKey& key) const {
+    const std::hash<std::string_view> hash;
+    return (hash(key.name) * 31 + hash(key.qualifier)) * 31 + key.enclosing.value_or(0);
+  }
+};
+
 /// One row for the uses that differ in nothing but their line, in order of the first line.
 std::vector<UseRow> fold(std::vector<indexing::Use> uses) {
-  using Key = std::tuple<std::optional<std::size_t>, std::string, std::string, std::int64_t>;
-  std::map<Key, std::size_t> positions;
+  std::unordered_map<UseKey, std::size_t, UseHash> positions;
+  positions.reserve(uses.size());
   std::vector<UseRow> rows;
   for (indexing::Use& use : uses) {
     if (use.name.empty()) continue;
@@ -51,7 +67,7 @@ std::vector<UseRow> fold(std::vector<indexing::Use> uses) {
     const auto [entry, is_new] =
         positions.try_emplace({use.enclosing, use.name, use.qualifier, type}, rows.size());
     if (is_new) {
-      rows.push_back({std::move(use.name), std::move(use.qualifier), type, use.line, 1, use.enclosing});
+      rows.push_back({use.name, use.qualifier, type, use.line, 1, use.enclosing});
     } else {
       ++rows[entry->second].count;
       rows[entry->second].line = std::min(rows[entry->second].line, use.line);

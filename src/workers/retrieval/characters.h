@@ -6,16 +6,16 @@
 
 namespace tarnwick::retrieval {
 
-inline bool is_lower(char c) {
+constexpr bool is_lower(char c) {
   return c >= 'a' && c <= 'z';
 }
-inline bool is_upper(char c) {
+constexpr bool is_upper(char c) {
   return c >= 'A' && c <= 'Z';
 }
-inline bool is_digit(char c) {
+constexpr bool is_digit(char c) {
   return c >= '0' && c <= '9';
 }
-inline bool is_ascii(char c) {
+constexpr bool is_ascii(char c) {
   return static_cast<unsigned char>(c) < 0x80;
 }
 

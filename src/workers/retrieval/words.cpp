@@ -24,6 +24,17 @@ bool is_punctuation(std::string_view character) {
   return byte(0) == 0xEF && byte(1) == 0xBC && (byte(2) < 0x90 || byte(2) == 0x9A);  // full-width marks
 }
 
+/// The word characters of ASCII.
+constexpr auto IS_WORD = [] {
+  std::array<bool, 256> is_word{};
+  for (int c = 0; c < 0x80; ++c) {
+    const char character = static_cast<char>(c);
+    is_word[static_cast<std::size_t>(c)] =
+        is_lower(character) || is_upper(character) || is_digit(character) || character == '_';
+  }
+  return is_word;
+}();
+
 std::size_t utf8_length(unsigned char lead) {
   if (lead >= 0xF0) return 4;
   if (lead >= 0xE0) return 3;
@@ -132,19 +143,20 @@ void split(std::string_view text, IdentifierSplitter splitter) {
 
 std::size_t word_character(std::string_view text, std::size_t position) {
   const char c = text[position];
-  if (is_ascii(c)) return is_lower(c) || is_upper(c) || is_digit(c) || c == '_' ? 1 : 0;
+  if (is_ascii(c)) return IS_WORD[static_cast<unsigned char>(c)] ? 1 : 0;
   if (static_cast<unsigned char>(c) < 0xC0) return 0;  // the rest of a character that is no word character
   const std::size_t length = std::min(utf8_length(static_cast<unsigned char>(c)), text.size() - position);
   return is_punctuation(text.substr(position, length)) ? 0 : length;
 }
 
 std::size_t word_end(std::string_view text, std::size_t position) {
-  while (position < text.size()) {
-    const std::size_t length = word_character(text, position);
-    if (length == 0) break;
+  for (;;) {
+    while (position < text.size() && IS_WORD[static_cast<unsigned char>(text[position])]) ++position;
+    // What ends the run may be a letter beyond ASCII.
+    const std::size_t length = position < text.size() ? word_character(text, position) : 0;
+    if (length == 0) return position;
     position += length;
   }
-  return position;
 }
 
 void identifiers(std::string_view text, WordSink sink) {
