@@ -34,16 +34,16 @@ struct SignalInfo {
   double weight;
 };
 
-/// All signals that are added up, `place` aside. The weights were chosen on the history of two dozen public
+/// All signals that are added up, `place` aside. The weights were chosen on the history of three dozen public
 /// repositories, to one significant digit: the figures lie on a plateau, where a finer choice only fits the
 /// sample.
 inline constexpr std::array SIGNALS = {
-    SignalInfo{"text", &Signals::text, 1.0},         SignalInfo{"file", &Signals::file, 0.5},
-    SignalInfo{"history", &Signals::history, 0.5},   SignalInfo{"touched", &Signals::touched, 0.5},
+    SignalInfo{"text", &Signals::text, 1.0},         SignalInfo{"file", &Signals::file, 0.6},
+    SignalInfo{"history", &Signals::history, 0.5},   SignalInfo{"touched", &Signals::touched, 0.4},
     SignalInfo{"uses", &Signals::uses, 0.3},         SignalInfo{"used", &Signals::used, 0.3},
     SignalInfo{"path", &Signals::path, 0.3},         SignalInfo{"area", &Signals::area, 0.6},
     SignalInfo{"exact", &Signals::exact, 0.5},       SignalInfo{"named", &Signals::named, 0.3},
-    SignalInfo{"callable", &Signals::callable, 0.3}, SignalInfo{"size", &Signals::size, 0.3},
+    SignalInfo{"callable", &Signals::callable, 0.4}, SignalInfo{"size", &Signals::size, 0.3},
 };
 
 /// The fused score: the weighted sum times `place`.
