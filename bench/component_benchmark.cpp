@@ -139,7 +139,8 @@ void build_from_keywords(benchmark::State& state) {
   const FixedTokenizer tokenizer;
   const ContextBuilder builder(repository, tokenizer);
   std::size_t entries = 0;
-  for (auto _ : state) entries = builder.build_context_pack("a task", {.token_budget = 4000}).symbols.size();
+  for ([[maybe_unused]] auto _ : state)
+    entries = builder.build_context_pack("a task", {.token_budget = 4000}).symbols.size();
   state.counters["entries"] = static_cast<double>(entries);
 }
 BENCHMARK(build_from_keywords)->Unit(benchmark::kMicrosecond);
@@ -147,7 +148,7 @@ BENCHMARK(build_from_keywords)->Unit(benchmark::kMicrosecond);
 /// What the index above answers in such a build, to be taken off: the rest is the component's own work.
 void index_alone(benchmark::State& state) {
   const MemoryRepository repository;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     std::vector<SymbolPtr> candidates;
     std::vector<std::int64_t> ids;
     for (int keyword = 0; keyword < KEYWORDS; ++keyword) {
@@ -169,7 +170,8 @@ void hostile_docstring(benchmark::State& state, const std::string& head, const s
   std::string docstring = head;
   while (docstring.size() < 100'000) docstring += repeated;
   docstring += tail;
-  for (auto _ : state) benchmark::DoNotOptimize(ContextBuilder::_extract_parameters(docstring));
+  for ([[maybe_unused]] auto _ : state)
+    benchmark::DoNotOptimize(ContextBuilder::_extract_parameters(docstring));
 }
 BENCHMARK_CAPTURE(hostile_docstring, line_feeds, "Args:", "\n", "x")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(hostile_docstring, blanks, "Args:\n", " ", "x")->Unit(benchmark::kMillisecond);

@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <array>
 #include <cstdio>
 
 #include "storage/errors.h"
@@ -49,7 +50,7 @@ SQLite::Database open(const std::filesystem::path& file, Connection::Mode mode) 
   const int flags =
       mode == Connection::Mode::write ? SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE : SQLite::OPEN_READONLY;
   try {
-    return SQLite::Database(file, flags | SQLITE_OPEN_NOMUTEX, BUSY_TIMEOUT_MS);
+    return {file, flags | SQLITE_OPEN_NOMUTEX, BUSY_TIMEOUT_MS};
   } catch (const SQLite::Exception& error) {
     Connection::rethrow(file, error);
   }
@@ -62,9 +63,9 @@ void append_quoted(std::string& out, std::string_view text) {
       out += '\\';
       out += c;
     } else if (static_cast<unsigned char>(c) < 0x20) {
-      char escape[8];
-      std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(c));
-      out += escape;
+      std::array<char, 8> escape{};
+      std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned>(c));
+      out += escape.data();
     } else {
       out += c;
     }

@@ -136,7 +136,7 @@ void reach_by_use(Connection& connection, const PathsById& sources, Reaches& rea
 }
 
 void reach_by_import(Connection& connection, const PathsById& sources, Reaches& reaches) {
-  const ImportLinks& links = connection.fact<ImportLinks>();
+  const auto& links = connection.fact<ImportLinks>();
   for (const auto& [source, path] : sources)
     for (const std::int64_t test : *links.test_importers_of(connection, source))
       reaches[source][test].imports = true;
@@ -183,7 +183,7 @@ std::shared_ptr<const TestRecords> covering_tests(Connection& connection, const 
   Reaches reaches;
   reach_by_use(connection, sources, reaches);
   reach_by_import(connection, sources, reaches);
-  const FileList& files = connection.fact<FileList>();
+  const auto& files = connection.fact<FileList>();
   for (const auto& [source, reached] : reaches) rank_tests(sources.at(source), reached, files, *records);
   return records;
 }

@@ -42,8 +42,8 @@ std::vector<const Definition*> narrowed(const StoredUse& use, std::vector<const 
 }  // namespace
 
 Definitions::Definitions(Connection& connection, std::int64_t name_id) {
-  const FileList& files = connection.fact<FileList>();
-  const ImportLinks& links = connection.fact<ImportLinks>();
+  const auto& files = connection.fact<FileList>();
+  const auto& links = connection.fact<ImportLinks>();
   SQLite::Statement& query = connection.prepare(
       "SELECT s.id, s.parent, s.fqn_hash, c.scope FROM symbols AS s JOIN scopes AS c "
       "ON c.id = (s.id & ~65535) + s.scope WHERE s.name_id = ? ORDER BY s.id");

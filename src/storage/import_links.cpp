@@ -135,7 +135,7 @@ std::shared_ptr<const std::vector<std::int64_t>> ImportLinks::test_importers_of(
 }
 
 std::vector<std::int64_t> ImportLinks::read_importers(Connection& connection, std::int64_t file) const {
-  const FileList& files = connection.fact<FileList>();
+  const auto& files = connection.fact<FileList>();
   const ListedFile* const listed = files.find(file);
   const Parts parts = listed == nullptr ? Parts() : file_parts(listed->path);
   std::vector<std::int64_t> importers;

@@ -62,13 +62,10 @@ void IndexWriter::shrink() {
 }
 
 void IndexWriter::clear() {
-  connection_->execute(
-      "DELETE FROM files; DELETE FROM components; DELETE FROM names; DELETE FROM symbols; DELETE FROM "
-      "scopes; "
-      "DELETE FROM uses; "
-      "DELETE FROM used_names; "
-      "DELETE FROM imports; DELETE FROM imported; DELETE FROM words; DELETE FROM search_sizes; "
-      "INSERT INTO search (search) VALUES ('delete-all')");
+  for (const char* table : {"files", "components", "names", "symbols", "scopes", "uses", "used_names",
+                            "imports", "imported", "words", "search_sizes"})
+    connection_->execute(std::string("DELETE FROM ") + table);
+  connection_->execute("INSERT INTO search (search) VALUES ('delete-all')");
   name_ids_.clear();
 }
 
@@ -156,8 +153,8 @@ void IndexWriter::add_symbols(std::int64_t file_id, const FileRecord& record) {
     SQLite::Statement& insert = connection_->prepare(
         "INSERT INTO symbols (id, name_id, scope, fqn_hash, kind, is_export, start_line, end_line, "
         "signature, "
-        "docstring, docstring_truncated, token_count, parent) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
-        "?)");
+        "docstring, docstring_truncated, token_count, parent) "
+        "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
     insert.bind(1, symbol_id(file_id, ++position));
     insert.bind(2, name);
     insert.bind(3, scope->second);

@@ -59,6 +59,7 @@ std::unordered_map<std::int64_t, std::string> paths_of(Connection& connection,
 std::unordered_map<std::int64_t, CallerSymbol> callers_of(Connection& connection,
                                                           const std::vector<ResolvedUse>& uses) {
   std::vector<std::int64_t> ids;
+  ids.reserve(uses.size());
   for (const ResolvedUse& use : uses) ids.push_back(use.caller);
   SQLite::Statement& query = connection.prepare(
       "SELECT s.id, s.fqn, s.kind, s.name FROM json_each(?) AS j JOIN named_symbols AS s ON s.id = j.value");
@@ -108,6 +109,7 @@ References references_of(Connection& connection, const std::vector<std::int64_t>
   };
   using Keyed = std::pair<decltype(key(uses.front())), const ResolvedUse*>;
   std::vector<Keyed> order;
+  order.reserve(uses.size());
   for (const ResolvedUse& use : uses) order.emplace_back(key(use), &use);
   const auto end = order.begin() + static_cast<std::ptrdiff_t>(std::min(limit, order.size()));
   std::partial_sort(order.begin(), end, order.end());

@@ -19,6 +19,7 @@ void resolve(Connection& connection, const Definitions& definitions, const Store
              std::vector<ResolvedUse>& resolved) {
   std::vector<const Definition*> targets = definitions.meant_by(connection, use);
   std::vector<std::int64_t> distinct;
+  distinct.reserve(targets.size());
   for (const Definition* target : targets) distinct.push_back(target->fqn_hash);
   std::sort(distinct.begin(), distinct.end());
   const auto meanings =
@@ -80,7 +81,7 @@ std::vector<ResolvedUse> Resolver::uses_of(const std::vector<std::int64_t>& symb
   while (query.executeStep())
     wanted.emplace_back(query.getColumn(0).getInt64(), query.getColumn(1).getInt64());
   query.reset();
-  const NameTable& names = connection_->fact<NameTable>();
+  const auto& names = connection_->fact<NameTable>();
   std::vector<ResolvedUse> found;
   for (const auto& [name_id, symbol] : wanted) {
     const auto uses = names.uses(*connection_, name_id);
@@ -92,7 +93,7 @@ std::vector<ResolvedUse> Resolver::uses_of(const std::vector<std::int64_t>& symb
 }
 
 std::vector<ResolvedUse> Resolver::used_by(const std::vector<std::int64_t>& symbol_ids) const {
-  const NameTable& names = connection_->fact<NameTable>();
+  const auto& names = connection_->fact<NameTable>();
   std::vector<ResolvedUse> found;
   for (const StoredUse& use : connection_->fact<StoredUses>().within(*connection_, symbol_ids))
     resolve(*connection_, *names.definitions(*connection_, use.name_id), use, found);

@@ -10,28 +10,27 @@
 //   names(id, name, lower)      each simple name once; lower is its Unicode lowercase
 //   symbols(id, name_id, …)     id = symbol_id(file, position): the rows of a file are neighbours. scope and
 //                               parent are positions in the file, too: of a scope and of a symbol
-//   scopes(id, scope)           what stands before the names of a file's symbols in their qualified names,
-//   each
-//                               once; id = symbol_id(file, position)
+//   scopes(id, scope)           what stands before the names of a file's symbols in their qualified names;
+//                               id = symbol_id(file, position), each once in a file
 //   named_symbols               symbols with their names and qualified names
 //   uses(file_id, uses)         a file's uses of names, packed: packed_uses.h
 //   used_names(name_id, file_id)
 //                               the files that use a name
 //   imports(file_id, imports)   what a file imports, packed: packed_imports.h
-//   imported(hash, file_id)     the files whose imports end with a text of that hash, or bring it in as a
-//   name words(file_id, words)       the words of a file's text, compressed: a table without content can only
-//   forget
-//                               a row when it is told the row's text again (search_text.h)
-//   search                      FTS5 over the words of retrieval/words.h: which columns of which rows hold a
-//                               word. rowid = symbol id; position 0 stands for the file. No content, no
+//   imported(hash, file_id)     the files that import a module whose last part has that hash, or a name
+//   words(file_id, words)       the words of a file's text, compressed: a table without content can only
+//                               forget a row when it is told the row's text again (search_text.h)
+//   search                      FTS5 over the words of retrieval/words.h: which columns of which rows hold
+//                               a word. rowid = symbol id; position 0 stands for the file. No content, no
 //                               positions, no sizes: readers weigh the rows themselves
 //   search_sizes(file_id, sizes)
 //                               how many words the rows of a file have, packed: search_text.h
 //   commits(id, hash, files, …) past commits; a newer one has a greater id. One that changed no file of the
 //                               tree, or many, has no further rows
 //   commit_files(…, names)      the files of a commit and, blank-separated, the names of what it touched
-//   there commit_paths(id, path)      their paths, which need not be in the tree any more commit_search FTS5
-//   over the words of commit subjects, rowid = commit id
+//                               there
+//   commit_paths(id, path)      their paths, which need not be in the tree any more
+//   commit_search               FTS5 over the words of commit subjects, rowid = commit id
 #pragma once
 
 #include <cstdint>

@@ -12,6 +12,7 @@ using Scores = std::unordered_map<std::int64_t, double>;
 
 std::vector<std::int64_t> ids_of(const std::vector<RowScore>& symbols) {
   std::vector<std::int64_t> ids;
+  ids.reserve(symbols.size());
   for (const RowScore& row : symbols) ids.push_back(row.id);
   return ids;
 }
