@@ -3,17 +3,16 @@
 #include <algorithm>
 #include <cstdint>
 #include <optional>
-#include <ranges>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "storage/connection.h"
 #include "storage/errors.h"
 #include "storage/index_file.h"
+#include "storage/past_commits.h"
 #include "storage/schema.h"
 #include "workers/retrieval/words.h"
 
@@ -21,20 +20,15 @@ namespace tarnwick::indexing {
 namespace {
 
 using storage::Connection;
+using storage::PastCommit;
+using storage::PastCommits;
 
 using TouchedByCommit = std::unordered_map<std::string, std::vector<Touched>>;
-
-/// A commit in the index file.
-struct Stored {
-  std::int64_t id = 0;
-  std::size_t files = 0;
-  bool touched_read = false;
-};
 
 /// What the index file knows already.
 struct Known {
   std::string head;  ///< empty: nothing, or not all
-  std::unordered_map<std::string, Stored> commits;
+  std::unordered_map<std::string, PastCommit> commits;
 };
 
 /// What git says.
@@ -45,11 +39,6 @@ struct Fresh {
       commits;  ///< those that the index file lacks, as far as they were read
   TouchedByCommit touched;
 };
-
-void run(SQLite::Statement& statement) {
-  statement.exec();
-  statement.reset();
-}
 
 /// A commit that touched nothing below the root, or too much, is known by its hash only.
 bool is_telling(std::size_t files) {
@@ -64,17 +53,14 @@ std::string stored_head(Connection& connection) {
   return head;
 }
 
-std::unordered_map<std::string, Stored> stored_commits(Connection& connection) {
-  std::unordered_map<std::string, Stored> commits;
-  SQLite::Statement& query = connection.prepare("SELECT hash, id, files, touched_read FROM commits");
-  while (query.executeStep()) {
-    commits.emplace(query.getColumn(0).getString(),
-                    Stored{.id = query.getColumn(1).getInt64(),
-                           .files = static_cast<std::size_t>(query.getColumn(2).getInt64()),
-                           .touched_read = query.getColumn(3).getInt() != 0});
+/// By hash.
+std::unordered_map<std::string, PastCommit> by_hash(std::vector<PastCommit> commits) {
+  std::unordered_map<std::string, PastCommit> result;
+  for (PastCommit& commit : commits) {
+    std::string hash = commit.hash;
+    result.emplace(std::move(hash), std::move(commit));
   }
-  query.reset();
-  return commits;
+  return result;
 }
 
 /// The commits are left out when the head says that nothing is new.
@@ -83,7 +69,7 @@ Known known_history(const HistoryOptions& options, const std::string& head) {
     const auto connection = storage::open_for_reading(options.index_file);
     return connection->guard([&] {
       Known known{stored_head(*connection), {}};
-      if (known.head != head) known.commits = stored_commits(*connection);
+      if (known.head != head) known.commits = by_hash(storage::read_commits(*connection).commits);
       return known;
     });
   } catch (const storage::IndexError& error) {
@@ -148,123 +134,86 @@ std::optional<Fresh> read_fresh(const HistoryOptions& options, const Known& know
   return fresh;
 }
 
-class HistoryWriter {
+/// Puts together what is stored from what the index file holds and what git says. Texts get their numbers in
+/// the order in which they come, so that an updated history equals a fresh one.
+class Merge {
  public:
-  HistoryWriter(Connection& connection, const Fresh& fresh)
-      : connection_(&connection), fresh_(&fresh), stored_(stored_commits(connection)) {}
+  Merge(const PastCommits& stored, const Fresh& fresh) : stored_(&stored), fresh_(&fresh) {}
 
-  /// `complete`: nothing is left for a later call.
-  void write(const HistoryOptions& options, bool complete) {
-    drop_others();
-    put_in_order();
-    for (const auto& [hash, touched] : fresh_->touched) fill_in(hash, touched);
-    forget_touched(options.touched);
-    connection_->execute("DELETE FROM commit_paths WHERE id NOT IN (SELECT path_id FROM commit_files)");
-    SQLite::Statement& meta = connection_->prepare("INSERT OR REPLACE INTO meta (key, value) VALUES (?, ?)");
-    meta.bind(1, storage::meta_keys::HISTORY_HEAD);
-    meta.bind(2, complete ? fresh_->head : std::string());
-    run(meta);
+  /// Of the newest `touched` commits it is kept what they touched: it weighs in a ranking, so that what was
+  /// read of others earlier would tell an updated index from a fresh one.
+  PastCommits run(std::size_t touched) && {
+    std::unordered_map<std::string_view, const PastCommit*> known;
+    for (const PastCommit& commit : stored_->commits) known.emplace(commit.hash, &commit);
+    std::size_t telling = 0;
+    for (const std::string& hash : fresh_->order) {
+      const auto stored = known.find(hash);
+      const auto read = fresh_->commits.find(hash);
+      const bool is_known = stored != known.end();
+      if (!is_known && read == fresh_->commits.end()) continue;
+      const std::size_t files = is_known ? stored->second->files : read->second.files.size();
+      const bool keep_touched = is_telling(files) && ++telling <= touched;
+      PastCommit& commit = result_.commits.emplace_back(is_known ? renumbered(*stored->second, keep_touched)
+                                                                 : made(read->second));
+      const auto entry = fresh_->touched.find(hash);
+      if (keep_touched && entry != fresh_->touched.end()) fill_in(commit, entry->second);
+    }
+    return std::move(result_);
   }
 
  private:
-  template <class... Values>
-  void change(const char* sql, const Values&... values) {
-    SQLite::Statement& statement = connection_->prepare(sql);
-    int place = 0;
-    (statement.bind(++place, values), ...);
-    run(statement);
+  PastCommit made(const Commit& read) {
+    PastCommit commit{.hash = read.hash, .files = read.files.size(), .words = {}, .changed = {}};
+    if (!is_telling(commit.files)) return commit;
+    retrieval::search_words(
+        read.subject, [&](std::string_view word) { commit.words.push_back(result_.texts.number_of(word)); });
+    for (const std::string& file : read.files)
+      commit.changed.push_back({.path = result_.texts.number_of(file), .names = {}});
+    return commit;
   }
 
-  void drop_others() {
-    const std::unordered_set<std::string_view> kept(fresh_->order.begin(), fresh_->order.end());
-    std::erase_if(stored_, [&](const auto& each) {
-      if (kept.contains(each.first)) return false;
-      change("DELETE FROM commits WHERE id = ?", each.second.id);
-      change("DELETE FROM commit_files WHERE commit_id = ?", each.second.id);
-      change("DELETE FROM commit_search WHERE rowid = ?", each.second.id);
-      return true;
-    });
-  }
-
-  /// A newer commit has a greater id. Those of a merged branch may belong between stored ones, which then
-  /// move behind them: from the first that is out of its place, all get new ids.
-  void put_in_order() {
-    std::int64_t last = 0;
-    std::int64_t next = connection_->number("SELECT max(id) FROM commits");
-    bool in_place = true;
-    for (const std::string& hash : std::ranges::reverse_view(fresh_->order)) {
-      const auto stored = stored_.find(hash);
-      const auto read = fresh_->commits.find(hash);
-      if (stored == stored_.end() && read == fresh_->commits.end()) continue;
-      in_place = in_place && stored != stored_.end() && stored->second.id > last;
-      if (in_place) {
-        last = stored->second.id;
-      } else if (stored != stored_.end()) {
-        move(stored->second.id, ++next);
-        stored->second.id = next;
-      } else {
-        add(read->second, ++next);
-        stored_.emplace(hash, Stored{.id = next, .files = read->second.files.size()});
-      }
+  PastCommit renumbered(PastCommit commit, bool keep_touched) {
+    commit.touched_read = commit.touched_read && keep_touched;
+    const auto renumber = [&](std::uint32_t& number) {
+      number = result_.texts.number_of(stored_->texts.word(number));
+    };
+    std::ranges::for_each(commit.words, renumber);
+    for (storage::ChangedFile& file : commit.changed) renumber(file.path);
+    for (storage::ChangedFile& file : commit.changed) {
+      if (!commit.touched_read) file.names.clear();
+      std::ranges::for_each(file.names, renumber);
     }
+    return commit;
   }
 
-  void move(std::int64_t from, std::int64_t to) {
-    change("UPDATE commits SET id = ? WHERE id = ?", to, from);
-    change("UPDATE commit_files SET commit_id = ? WHERE commit_id = ?", to, from);
-    change("UPDATE commit_search SET rowid = ? WHERE rowid = ?", to, from);
+  void fill_in(PastCommit& commit, const std::vector<Touched>& touched) {
+    for (storage::ChangedFile& file : commit.changed) {
+      const auto each = std::ranges::find(touched, result_.texts.word(file.path), &Touched::file);
+      if (each == touched.end()) continue;
+      for (const std::string& name : each->names) file.names.push_back(result_.texts.number_of(name));
+    }
+    commit.touched_read = true;
   }
 
-  void add(const Commit& commit, std::int64_t id) {
-    change("INSERT INTO commits (id, hash, files, touched_read) VALUES (?, ?, ?, 0)", id, commit.hash,
-           static_cast<std::int64_t>(commit.files.size()));
-    if (!is_telling(commit.files.size())) return;
-    std::string words;
-    retrieval::search_words(commit.subject,
-                            [&](std::string_view word) { words.append(word).push_back(' '); });
-    change("INSERT INTO commit_search (rowid, subject) VALUES (?, ?)", id, words);
-    for (const std::string& file : commit.files) add_file(id, file, "");
-  }
-
-  void add_file(std::int64_t commit, const std::string& file, const std::string& names) {
-    change("INSERT OR IGNORE INTO commit_paths (path) VALUES (?)", file);
-    change(
-        "INSERT OR REPLACE INTO commit_files (commit_id, path_id, names) "
-        "SELECT ?, id, ? FROM commit_paths WHERE path = ?",
-        commit, names, file);
-  }
-
-  void fill_in(const std::string& hash, const std::vector<Touched>& files) {
-    const auto commit = stored_.find(hash);
-    if (commit == stored_.end()) return;
-    for (const Touched& touched : files)
-      if (!touched.names.empty()) add_file(commit->second.id, touched.file, joined(touched.names));
-    change("UPDATE commits SET touched_read = 1 WHERE id = ?", commit->second.id);
-  }
-
-  static std::string joined(const std::vector<std::string>& names) {
-    std::string result;
-    for (const std::string& name : names) result.append(result.empty() ? "" : " ").append(name);
-    return result;
-  }
-
-  /// Of all but the newest `kept` commits: what they touched weighs in a ranking, so that what was read of
-  /// them earlier would tell an updated index from a fresh one.
-  void forget_touched(std::size_t kept) {
-    SQLite::Statement& query = connection_->prepare(
-        "SELECT id FROM commits WHERE files BETWEEN 1 AND ? ORDER BY id DESC LIMIT 1 OFFSET ?");
-    query.bind(1, static_cast<std::int64_t>(MOST_COMMIT_FILES));
-    query.bind(2, static_cast<std::int64_t>(kept));
-    const std::int64_t newest = query.executeStep() ? query.getColumn(0).getInt64() : 0;
-    query.reset();
-    change("UPDATE commit_files SET names = '' WHERE commit_id <= ? AND names <> ''", newest);
-    change("UPDATE commits SET touched_read = 0 WHERE id <= ? AND touched_read", newest);
-  }
-
-  Connection* connection_;
+  const PastCommits* stored_;
   const Fresh* fresh_;
-  std::unordered_map<std::string, Stored> stored_;
+  PastCommits result_;
 };
+
+/// `head`: empty while something is left for a later call.
+void write(Connection& connection, const PastCommits& history, const std::string& head) {
+  const std::string packed = pack(history);
+  SQLite::Statement& insert =
+      connection.prepare("INSERT OR REPLACE INTO history (id, commits) VALUES (1, ?)");
+  insert.bindNoCopy(1, packed.data(), static_cast<int>(packed.size()));
+  insert.exec();
+  insert.reset();
+  SQLite::Statement& meta = connection.prepare("INSERT OR REPLACE INTO meta (key, value) VALUES (?, ?)");
+  meta.bind(1, storage::meta_keys::HISTORY_HEAD);
+  meta.bind(2, head);
+  meta.exec();
+  meta.reset();
+}
 
 }  // namespace
 
@@ -283,7 +232,8 @@ HistoryReport update_history(const HistoryOptions& options) {
     SQLite::Transaction transaction(connection.database(), SQLite::TransactionBehavior::IMMEDIATE);
     // Another process may have written its findings meanwhile; they are as good as these.
     if (stored_head(connection) != known.head) return;
-    HistoryWriter(connection, *fresh).write(options, complete);
+    const PastCommits stored = storage::read_commits(connection);
+    write(connection, Merge(stored, *fresh).run(options.touched), complete ? fresh->head : std::string());
     connection.note_change();
     transaction.commit();
   });

@@ -1,19 +1,14 @@
-#include <zstd.h>
-
 #include <algorithm>
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <utility>
 
+#include "storage/compression.h"
 #include "storage/packed_numbers.h"
 #include "storage/search_text.h"
 
 namespace tarnwick::storage {
 namespace {
-
-constexpr int COMPRESSION_LEVEL = 3;
-constexpr unsigned long long MAX_UNPACKED = 1ULL << 28U;
 
 /// A difference of numbers and a count go into one number.
 constexpr unsigned COUNT_BITS = 2;
@@ -37,25 +32,6 @@ WordBag read_bag(PackedInput& input, std::size_t words) {
     count = static_cast<std::uint32_t>(read & ((1U << COUNT_BITS) - 1)) + 1;
   }
   return result;
-}
-
-std::string compress(const std::string& bytes) {
-  // Making a context costs more than compressing a small file.
-  thread_local const std::unique_ptr<ZSTD_CCtx, std::size_t (*)(ZSTD_CCtx*)> context(ZSTD_createCCtx(),
-                                                                                     ZSTD_freeCCtx);
-  std::string packed(ZSTD_compressBound(bytes.size()), '\0');
-  packed.resize(ZSTD_compressCCtx(context.get(), packed.data(), packed.size(), bytes.data(), bytes.size(),
-                                  COMPRESSION_LEVEL));
-  return packed;
-}
-
-std::string decompress(std::string_view packed) {
-  const unsigned long long size = ZSTD_getFrameContentSize(packed.data(), packed.size());
-  if (size > MAX_UNPACKED) PackedInput::damaged();
-  std::string bytes(size, '\0');
-  if (ZSTD_decompress(bytes.data(), bytes.size(), packed.data(), packed.size()) != size)
-    PackedInput::damaged();
-  return bytes;
 }
 
 }  // namespace

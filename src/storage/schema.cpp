@@ -69,12 +69,7 @@ CREATE VIRTUAL TABLE search USING fts5 (
   body, again, name, scope, signature, docstring, path,
   content = '', columnsize = 0, detail = column, tokenize = "ascii tokenchars '_$'");
 
-CREATE TABLE commits (id INTEGER PRIMARY KEY, hash TEXT NOT NULL, files INTEGER NOT NULL, touched_read INTEGER NOT NULL);
-CREATE TABLE commit_paths (id INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE);
-CREATE TABLE commit_files (
-  commit_id INTEGER NOT NULL, path_id INTEGER NOT NULL, names TEXT NOT NULL, PRIMARY KEY (commit_id, path_id)
-) WITHOUT ROWID;
-CREATE VIRTUAL TABLE commit_search USING fts5 (subject, tokenize = "ascii tokenchars '_$'");
+CREATE TABLE history (id INTEGER PRIMARY KEY, commits BLOB NOT NULL);
 )sql";
 
 std::int64_t text_hash(std::string_view text) {

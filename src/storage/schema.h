@@ -25,12 +25,7 @@
 //                               positions, no sizes: readers weigh the rows themselves
 //   search_sizes(file_id, sizes)
 //                               how many words the rows of a file have, packed: search_text.h
-//   commits(id, hash, files, …) past commits; a newer one has a greater id. One that changed no file of the
-//                               tree, or many, has no further rows
-//   commit_files(…, names)      the files of a commit and, blank-separated, the names of what it touched
-//                               there
-//   commit_paths(id, path)      their paths, which need not be in the tree any more
-//   commit_search               FTS5 over the words of commit subjects, rowid = commit id
+//   history(id, commits)        one row: the past commits, packed and compressed: past_commits.h
 #pragma once
 
 #include <cstdint>
@@ -40,7 +35,7 @@ namespace tarnwick::storage {
 
 /// Counts up with every change of tables, of what is put in them, or of extraction: an older index is
 /// rebuilt.
-inline constexpr int SCHEMA_VERSION = 7;
+inline constexpr int SCHEMA_VERSION = 8;
 
 /// "tarn" in the header of the file; frozen.
 inline constexpr int APPLICATION_ID = 0x7461726E;

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,7 +13,10 @@ namespace tarnwick::storage {
 /// Numbers words in the order in which they come. A hash table of its own: one word in two of a text asks it.
 class Vocabulary {
  public:
+  /// A new word gets the next number.
   std::uint32_t number_of(std::string_view word);
+  /// Nothing for a word that did not come.
+  std::optional<std::uint32_t> find(std::string_view word) const;
 
   /// Valid until the next new word.
   std::string_view word(std::uint32_t number) const {
@@ -21,6 +25,8 @@ class Vocabulary {
   std::size_t size() const { return starts_.size() - 1; }
 
  private:
+  /// The slot of a word, or the empty one where it belongs.
+  std::size_t slot_of(std::string_view word, std::uint32_t hash) const;
   void grow();
 
   std::string characters_;

@@ -9,6 +9,7 @@
 
 #include "storage/index_dump.h"
 #include "storage/indexed_tree.h"
+#include "storage/past_commits.h"
 #include "workers/retrieval/index_retriever.h"
 
 namespace tarnwick::indexing {
@@ -49,8 +50,11 @@ class HistoryTest : public ::testing::Test {
   std::vector<std::string> subjects() const {
     std::vector<std::string> result;
     storage::Connection connection(tree.index_file(), storage::Connection::Mode::read);
-    SQLite::Statement& query = connection.prepare("SELECT subject FROM commit_search ORDER BY rowid DESC");
-    while (query.executeStep()) result.push_back(query.getColumn(0).getString());
+    const storage::PastCommits history = storage::read_commits(connection);
+    for (const storage::PastCommit& commit : history.commits) {
+      std::string& subject = result.emplace_back();
+      for (const std::uint32_t word : commit.words) subject.append(history.texts.word(word)).append(1, ' ');
+    }
     return result;
   }
   retrieval::Signals signals_of(const std::string& task, const std::string& fqn) const {

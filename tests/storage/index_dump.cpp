@@ -27,12 +27,7 @@ constexpr const char* QUERIES[] = {
     "SELECT 'search word', term, ifnull(f.path, 'lost'), doc & 65535, col "
     "FROM search_words AS w LEFT JOIN files AS f ON f.id = doc >> 16",
     "SELECT 'search total', hex(block) FROM search_data WHERE id = 1",
-    "SELECT 'commit', row_number() OVER (ORDER BY c.id), hash, files, touched_read, subject "
-    "FROM commits AS c LEFT JOIN commit_search AS s ON s.rowid = c.id",
-    "SELECT 'commit file', hash, path, names FROM commit_files LEFT JOIN commits AS c ON c.id = commit_id "
-    "LEFT JOIN commit_paths AS p ON p.id = path_id",
-    "SELECT 'commit path', path FROM commit_paths",
-    "SELECT 'commit subjects', count(*) FROM commit_search",
+    "SELECT 'history', hex(commits) FROM history",
     "SELECT 'complete', count(*) FROM meta WHERE key IN ('root', 'indexed_at')",
 };
 

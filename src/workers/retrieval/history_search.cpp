@@ -1,13 +1,17 @@
 #include "workers/retrieval/history_search.h"
 
+#include <algorithm>
 #include <cmath>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
 #include <vector>
 
+#include "storage/past_commits.h"
 #include "storage/schema.h"
 #include "text/lowercase.h"
+#include "workers/retrieval/bm25.h"
 
 namespace tarnwick::retrieval {
 namespace {
@@ -23,38 +27,69 @@ struct TouchedName {
   std::string name;
 };
 
-struct PastCommit {
+/// A past commit that resembles the task.
+struct FoundCommit {
   double score = 0;
   std::size_t files = 0;  // that it changed, those gone since included
   std::vector<std::int64_t> today;
   std::vector<TouchedName> touched;
 };
 
-void add_names(PastCommit& commit, std::int64_t file, std::string_view names) {
-  while (!names.empty()) {
-    const std::size_t end = std::min(names.find(' '), names.size());
-    commit.touched.push_back({file, std::string(names.substr(0, end))});
-    names.remove_prefix(std::min(end + 1, names.size()));
+/// The commits of an index that tell something, and how long their subjects are.
+class History {
+ public:
+  explicit History(Connection& connection) : history_(storage::read_commits(connection)) {
+    std::erase_if(history_.commits, [](const storage::PastCommit& commit) { return commit.changed.empty(); });
+    double sum = 0;
+    for (const storage::PastCommit& commit : history_.commits) {
+      sizes_.push_back(static_cast<std::uint32_t>(commit.words.size()));
+      sum += static_cast<double>(commit.words.size());
+    }
+    if (sum > 0) average_ = sum / static_cast<double>(sizes_.size());
   }
-}
 
-std::vector<PastCommit> past_commits(Connection& connection, const FileTable& files,
-                                     const SearchWords& words) {
-  std::vector<PastCommit> commits;
-  for (const RowScore& row : best(search_commits(connection, words), MOST_COMMITS)) {
+  std::string_view text(std::uint32_t number) const { return history_.texts.word(number); }
+  const storage::PastCommit& commit(std::int64_t number) const {
+    return history_.commits[static_cast<std::size_t>(number)];
+  }
+
+  /// The commits whose subjects hold any of the words, the newest being 0.
+  std::vector<RowScore> search(const SearchWords& words) const {
+    Bm25 bm25(sizes_, average_);
+    for (const std::string& word : words.words) {
+      const std::optional<std::uint32_t> number = history_.texts.find(word);
+      for (std::size_t n = 0; number && n < sizes_.size(); ++n)
+        if (const auto count = std::ranges::count(history_.commits[n].words, *number); count > 0)
+          bm25.add(n, static_cast<double>(count));
+      bm25.end_word();
+    }
+    std::vector<RowScore> rows;
+    for (std::size_t n = 0; n < sizes_.size(); ++n)
+      if (bm25.scores()[n] > 0) rows.push_back({static_cast<std::int64_t>(n), bm25.scores()[n]});
+    return rows;
+  }
+
+ private:
+  storage::PastCommits history_;
+  std::vector<std::uint32_t> sizes_;
+  double average_ = 1;
+};
+
+std::vector<FoundCommit> found_commits(const History& history, const FileTable& files,
+                                       const SearchWords& words) {
+  std::vector<FoundCommit> commits;
+  for (const RowScore& row : best(history.search(words), MOST_COMMITS)) {
+    const storage::PastCommit& past = history.commit(row.id);
     // Squared: one commit that says nearly the same outweighs many that share a word.
-    PastCommit commit{.score = row.score * row.score, .files = 0, .today = {}, .touched = {}};
-    SQLite::Statement& query = connection.prepare(
-        "SELECT p.path, f.names FROM commit_files AS f JOIN commit_paths AS p ON p.id = f.path_id "
-        "WHERE f.commit_id = ?");
-    query.bind(1, row.id);
-    for (; query.executeStep(); ++commit.files) {
-      const auto file = files.id_of(query.getColumn(0).getString());
+    FoundCommit commit{
+        .score = row.score * row.score, .files = past.changed.size(), .today = {}, .touched = {}};
+    for (const storage::ChangedFile& changed : past.changed) {
+      const auto file = files.id_of(std::string(history.text(changed.path)));
       if (!file) continue;
       commit.today.push_back(*file);
-      add_names(commit, *file, query.getColumn(1).getString());
+      for (const std::uint32_t name : changed.names)
+        commit.touched.push_back({*file, std::string(history.text(name))});
     }
-    query.reset();
     commits.push_back(std::move(commit));
   }
   return commits;
@@ -63,10 +98,10 @@ std::vector<PastCommit> past_commits(Connection& connection, const FileTable& fi
 /// The symbols of today by file and name.
 class Defined {
  public:
-  Defined(Connection& connection, const std::vector<PastCommit>& commits) {
+  Defined(Connection& connection, const std::vector<FoundCommit>& commits) {
     std::unordered_set<std::string> names;  // in lowercase, by which the index finds them
     std::unordered_set<std::int64_t> files;
-    for (const PastCommit& commit : commits) {
+    for (const FoundCommit& commit : commits) {
       for (const TouchedName& touched : commit.touched) {
         names.insert(text::lowercase(touched.name));
         files.insert(touched.file);
@@ -101,10 +136,10 @@ class Defined {
 }  // namespace
 
 HistoryScores search_history(Connection& connection, const FileTable& files, const SearchWords& words) {
-  const std::vector<PastCommit> commits = past_commits(connection, files, words);
+  const std::vector<FoundCommit> commits = found_commits(connection.fact<History>(), files, words);
   const Defined defined(connection, commits);
   HistoryScores scores;
-  for (const PastCommit& commit : commits) {
+  for (const FoundCommit& commit : commits) {
     const double file_share = commit.score / std::sqrt(static_cast<double>(commit.files));
     for (const std::int64_t file : commit.today) scores.files[file] += file_share;
     std::unordered_set<std::int64_t> symbols;

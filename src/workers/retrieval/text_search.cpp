@@ -5,11 +5,11 @@
 #include <cmath>
 #include <functional>
 #include <optional>
-#include <span>
 #include <utility>
 
 #include "storage/schema.h"
 #include "storage/search_text.h"
+#include "workers/retrieval/bm25.h"
 #include "workers/retrieval/query.h"
 #include "workers/retrieval/text_sizes.h"
 #include "workers/retrieval/words.h"
@@ -27,51 +27,10 @@ constexpr std::size_t NAME = 2;
 constexpr std::size_t PATH = storage::SEARCH_COLUMNS.size() - 1;
 static_assert(storage::SEARCH_COLUMNS[NAME] == "name");
 
-// The usual parameters of BM25: how soon more of a word ceases to count, and how much long texts lose.
-constexpr double SATURATION = 1.2;
-constexpr double LENGTH_NORM = 0.75;
-
 std::size_t column_number(std::string_view name) {
   return static_cast<std::size_t>(std::ranges::find(storage::SEARCH_COLUMNS, name) -
                                   storage::SEARCH_COLUMNS.begin());
 }
-
-/// BM25 of many texts, added up word by word. Texts are numbered.
-class Bm25 {
- public:
-  /// Of texts of one length.
-  explicit Bm25(std::size_t texts) : scores_(texts) {}
-
-  Bm25(std::span<const std::uint32_t> sizes, double average)
-      : sizes_(sizes), average_(average), scores_(sizes.size()) {}
-
-  /// The word at hand is in that text.
-  void add(std::size_t text, double frequency) { found_.emplace_back(text, frequency); }
-
-  /// All texts of the word were added. Gives their number.
-  std::size_t end_word() {
-    const auto all = static_cast<double>(scores_.size());
-    const auto with = static_cast<double>(found_.size());
-    // A word that most texts have still says a little.
-    const double idf = std::max(1e-6, std::log((all - with + 0.5) / (with + 0.5)));
-    for (const auto& [text, frequency] : found_) {
-      const double size = sizes_.empty() ? 1 : sizes_[text] / average_;
-      const double length = 1 - LENGTH_NORM + LENGTH_NORM * size;
-      scores_[text] += idf * frequency * (SATURATION + 1) / (frequency + SATURATION * length);
-    }
-    const std::size_t count = found_.size();
-    found_.clear();
-    return count;
-  }
-
-  const std::vector<double>& scores() const { return scores_; }
-
- private:
-  std::span<const std::uint32_t> sizes_;
-  double average_ = 1;
-  std::vector<std::pair<std::size_t, double>> found_;
-  std::vector<double> scores_;
-};
 
 /// The search of one task.
 class TextSearch {
@@ -168,14 +127,6 @@ class TextSearch {
   bool in_name_ = false;
 };
 
-/// Any of the words, each quoted: none of them is an operator.
-std::string any_of(const SearchWords& words) {
-  std::string match;
-  for (const std::string& word : words.words)
-    match.append(match.empty() ? "\"" : " OR \"").append(word).append("\"");
-  return match;
-}
-
 bool is_better(const RowScore& a, const RowScore& b) {
   return a.score != b.score ? a.score > b.score : a.id < b.id;
 }
@@ -218,17 +169,6 @@ TextScores search_text(Connection& connection, const SearchWords& words) {
   TextScores scores = std::move(search).scores();
   scores.weights = std::move(weights);
   return scores;
-}
-
-std::vector<RowScore> search_commits(Connection& connection, const SearchWords& words) {
-  std::vector<RowScore> rows;
-  if (words.words.empty()) return rows;
-  SQLite::Statement& query =
-      connection.prepare("SELECT rowid, -bm25(commit_search) FROM commit_search WHERE commit_search MATCH ?");
-  query.bind(1, any_of(words));
-  while (query.executeStep()) rows.push_back({query.getColumn(0).getInt64(), query.getColumn(1).getDouble()});
-  query.reset();
-  return rows;
 }
 
 std::unordered_map<std::string, double> word_weights(Connection& connection, const SearchWords& words) {

@@ -44,9 +44,6 @@ struct TextScores {
 /// Scores everything that has a word. Throws SQLite::Exception when the table cannot be asked.
 TextScores search_text(storage::Connection& connection, const SearchWords& words);
 
-/// The commits whose subjects hold any of the words, without order. Throws SQLite::Exception.
-std::vector<RowScore> search_commits(storage::Connection& connection, const SearchWords& words);
-
 /// The weights of TextScores, of rows instead of files: what can be said before a search.
 std::unordered_map<std::string, double> word_weights(storage::Connection& connection,
                                                      const SearchWords& words);
