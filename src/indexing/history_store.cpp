@@ -23,6 +23,9 @@ using storage::Connection;
 using storage::PastCommit;
 using storage::PastCommits;
 
+/// Git takes all of a first paragraph for the subject; a longer one is none.
+constexpr std::size_t MOST_WORDS = 200;
+
 using TouchedByCommit = std::unordered_map<std::string, std::vector<Touched>>;
 
 /// What the index file knows already.
@@ -165,8 +168,9 @@ class Merge {
   PastCommit made(const Commit& read) {
     PastCommit commit{.hash = read.hash, .files = read.files.size(), .words = {}, .changed = {}};
     if (!is_telling(commit.files)) return commit;
-    retrieval::search_words(
-        read.subject, [&](std::string_view word) { commit.words.push_back(result_.texts.number_of(word)); });
+    retrieval::search_words(read.subject, [&](std::string_view word) {
+      if (commit.words.size() < MOST_WORDS) commit.words.push_back(result_.texts.number_of(word));
+    });
     for (const std::string& file : read.files)
       commit.changed.push_back({.path = result_.texts.number_of(file), .names = {}});
     return commit;
