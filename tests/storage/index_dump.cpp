@@ -1,6 +1,7 @@
 #include "storage/index_dump.h"
 
 #include <algorithm>
+#include <array>
 
 #include "storage/index_file.h"
 #include "storage/packed_uses.h"
@@ -8,7 +9,7 @@
 namespace tarnwick::testing {
 namespace {
 
-constexpr const char* QUERIES[] = {
+constexpr auto QUERIES = std::to_array<const char*>({
     "SELECT 'file', path, size, hash, language, is_test, is_source, skip, lines, has_error, symbols, uses, "
     "(SELECT path FROM components AS c WHERE c.id = component_id) FROM files",
     "SELECT 'component', id, name, path FROM components",
@@ -29,7 +30,7 @@ constexpr const char* QUERIES[] = {
     "SELECT 'search total', hex(block) FROM search_data WHERE id = 1",
     "SELECT 'history', hex(commits) FROM history",
     "SELECT 'complete', count(*) FROM meta WHERE key IN ('root', 'indexed_at')",
-};
+});
 
 /// The ids of names depend on the order in which names came.
 void dump_uses(storage::Connection& connection, std::vector<std::string>& lines) {
