@@ -40,6 +40,7 @@ class History {
  public:
   explicit History(Connection& connection) : history_(storage::read_commits(connection)) {
     std::erase_if(history_.commits, [](const storage::PastCommit& commit) { return commit.changed.empty(); });
+    std::ranges::reverse(history_.commits);  // of equal ones the older comes first
     double sum = 0;
     for (const storage::PastCommit& commit : history_.commits) {
       sizes_.push_back(static_cast<std::uint32_t>(commit.words.size()));
@@ -53,7 +54,7 @@ class History {
     return history_.commits[static_cast<std::size_t>(number)];
   }
 
-  /// The commits whose subjects hold any of the words, the newest being 0.
+  /// The commits whose subjects hold any of the words, the oldest being 0.
   std::vector<RowScore> search(const SearchWords& words) const {
     Bm25 bm25(sizes_, average_);
     for (const std::string& word : words.words) {
