@@ -3,11 +3,16 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "storage/errors.h"
 #include "storage/file_record.h"
 #include "storage/indexed_tree.h"
+#include "storage/packed_imports.h"
 #include "storage/packed_uses.h"
+#include "storage/past_commits.h"
 #include "storage/schema.h"
 
 namespace tarnwick::testing {
@@ -87,6 +92,27 @@ TEST(Packed, ComesBackAndIsCheckedOnTheWay) {
     EXPECT_THROW(storage::unpack(record.packed_words.substr(0, size)), IndexError) << size;
   for (std::size_t size = 0; size < uses.size(); ++size)
     EXPECT_THROW(read_uses(uses.substr(0, size)), IndexError) << size;
+}
+
+TEST(Packed, ImportsComeOnceEach) {
+  const std::string packed = storage::pack({{"a.b", "C", "", 1}, {"x", "", "y", 2}, {"a.b", "C", "D", 3}});
+  std::vector<std::pair<std::string_view, std::string_view>> imports;
+  for (const auto& [module, name] : storage::unpack_imports(packed)) imports.emplace_back(module, name);
+  EXPECT_THAT(imports, ::testing::ElementsAre(std::pair("a.b", "C"), std::pair("x", "")));
+  EXPECT_THROW(storage::unpack_imports(packed.substr(0, packed.size() - 2)), IndexError);
+}
+
+TEST(Packed, PastCommitsAreCheckedOnTheWay) {
+  storage::PastCommits history;
+  for (const char* text : {"fix", "src/a.py", "open"}) history.texts.number_of(text);
+  history.commits.push_back({"c0ffee", 40, false, {}, {}});
+  history.commits.push_back({"beef", 1, true, {0, 0}, {{1, {2}}}});
+  const std::string packed = storage::pack(history);
+  EXPECT_EQ(storage::pack(storage::unpack_commits(packed)), packed);
+  for (std::size_t size = 0; size < packed.size(); ++size)
+    EXPECT_THROW(storage::unpack_commits(packed.substr(0, size)), IndexError) << size;
+  history.commits.back().words.push_back(3);
+  EXPECT_THROW(storage::unpack_commits(storage::pack(history)), IndexError) << "a word that is none";
 }
 
 }  // namespace
