@@ -31,8 +31,11 @@ using TouchedByCommit = std::unordered_map<std::string, std::vector<Touched>>;
 /// What the index file knows already.
 struct Known {
   std::string head;  ///< empty: nothing, or not all
-  std::unordered_map<std::string, PastCommit> commits;
+  PastCommits history;
 };
+
+/// Views into a history.
+using ByHash = std::unordered_map<std::string_view, const PastCommit*>;
 
 /// What git says.
 struct Fresh {
@@ -56,13 +59,18 @@ std::string stored_head(Connection& connection) {
   return head;
 }
 
-/// By hash.
-std::unordered_map<std::string, PastCommit> by_hash(std::vector<PastCommit> commits) {
-  std::unordered_map<std::string, PastCommit> result;
-  for (PastCommit& commit : commits) {
-    std::string hash = commit.hash;
-    result.emplace(std::move(hash), std::move(commit));
+/// A history whose bytes are damaged is none: git has it all.
+Known stored_history(Connection& connection) {
+  try {
+    return {stored_head(connection), storage::read_commits(connection)};
+  } catch (const storage::IndexError&) {
+    return {};
   }
+}
+
+ByHash by_hash(const PastCommits& history) {
+  ByHash result;
+  for (const PastCommit& commit : history.commits) result.emplace(commit.hash, &commit);
   return result;
 }
 
@@ -71,9 +79,7 @@ Known known_history(const HistoryOptions& options, const std::string& head) {
   try {
     const auto connection = storage::open_for_reading(options.index_file);
     return connection->guard([&] {
-      Known known{stored_head(*connection), {}};
-      if (known.head != head) known.commits = by_hash(storage::read_commits(*connection).commits);
-      return known;
+      return stored_head(*connection) == head ? Known{head, {}} : stored_history(*connection);
     });
   } catch (const storage::IndexError& error) {
     // A first indexing may be under way; open_for_writing sees to the rest.
@@ -84,11 +90,11 @@ Known known_history(const HistoryOptions& options, const std::string& head) {
   }
 }
 
-std::unordered_map<std::string, Commit> missing_commits(const HistoryOptions& options, const Known& known,
+std::unordered_map<std::string, Commit> missing_commits(const HistoryOptions& options, const ByHash& known,
                                                         const std::vector<std::string>& order) {
   std::vector<std::string> hashes;
   for (const std::string& hash : order)
-    if (!known.commits.contains(hash)) hashes.push_back(hash);
+    if (!known.contains(hash)) hashes.push_back(hash);
   std::unordered_map<std::string, Commit> commits;
   for (Commit& commit : read_commits(options.root, hashes, options.patience)) {
     std::string hash = commit.hash;
@@ -98,17 +104,17 @@ std::unordered_map<std::string, Commit> missing_commits(const HistoryOptions& op
 }
 
 /// The commits of which it is to be read what they touched, newest first.
-std::vector<std::string> wanted(const HistoryOptions& options, const Known& known, const Fresh& fresh) {
+std::vector<std::string> wanted(const HistoryOptions& options, const ByHash& known, const Fresh& fresh) {
   std::vector<std::string> hashes;
   std::size_t telling = 0;
   for (const std::string& hash : fresh.order) {
-    const auto stored = known.commits.find(hash);
+    const auto stored = known.find(hash);
     const auto commit = fresh.commits.find(hash);
-    if (stored == known.commits.end() && commit == fresh.commits.end()) continue;
-    const bool is_known = stored != known.commits.end();
-    if (!is_telling(is_known ? stored->second.files : commit->second.files.size())) continue;
+    const bool is_known = stored != known.end();
+    if (!is_known && commit == fresh.commits.end()) continue;
+    if (!is_telling(is_known ? stored->second->files : commit->second.files.size())) continue;
     if (++telling > options.touched) break;
-    if (!is_known || !stored->second.touched_read) hashes.push_back(hash);
+    if (!is_known || !stored->second->touched_read) hashes.push_back(hash);
   }
   return hashes;
 }
@@ -127,7 +133,7 @@ TouchedByCommit touched_by(const HistoryOptions& options, const std::vector<std:
   return result;
 }
 
-std::optional<Fresh> read_fresh(const HistoryOptions& options, const Known& known, const std::string& head) {
+std::optional<Fresh> read_fresh(const HistoryOptions& options, const ByHash& known, const std::string& head) {
   std::optional<std::vector<std::string>> order =
       list_commits(options.root, head, options.commits, options.patience);
   if (!order) return std::nullopt;
@@ -146,8 +152,7 @@ class Merge {
   /// Of the newest `touched` commits it is kept what they touched: it weighs in a ranking, so that what was
   /// read of others earlier would tell an updated index from a fresh one.
   PastCommits run(std::size_t touched) && {
-    std::unordered_map<std::string_view, const PastCommit*> known;
-    for (const PastCommit& commit : stored_->commits) known.emplace(commit.hash, &commit);
+    const ByHash known = by_hash(*stored_);
     std::size_t telling = 0;
     for (const std::string& hash : fresh_->order) {
       const auto stored = known.find(hash);
@@ -226,7 +231,7 @@ HistoryReport update_history(const HistoryOptions& options) {
   if (!head) return {.complete = !options.patience.is_over()};
   const Known known = known_history(options, *head);
   if (known.head == *head) return {};
-  const std::optional<Fresh> fresh = read_fresh(options, known, *head);
+  const std::optional<Fresh> fresh = read_fresh(options, by_hash(known.history), *head);
   const bool complete = !options.patience.is_over();
   if (!fresh) return {.complete = complete};
   const storage::WriterLock lock(options.index_file, options.patience.stop);
@@ -235,9 +240,10 @@ HistoryReport update_history(const HistoryOptions& options) {
   connection.guard([&] {
     SQLite::Transaction transaction(connection.database(), SQLite::TransactionBehavior::IMMEDIATE);
     // Another process may have written its findings meanwhile; they are as good as these.
-    if (stored_head(connection) != known.head) return;
-    const PastCommits stored = storage::read_commits(connection);
-    write(connection, Merge(stored, *fresh).run(options.touched), complete ? fresh->head : std::string());
+    const Known stored = stored_history(connection);
+    if (stored.head != known.head) return;
+    write(connection, Merge(stored.history, *fresh).run(options.touched),
+          complete ? fresh->head : std::string());
     connection.note_change();
     transaction.commit();
   });

@@ -13,7 +13,8 @@ namespace tarnwick::indexing {
 /// (text/lines.h); byte offsets are into the same text, half open.
 struct Definition {
   std::string name = {};
-  /// The name, behind the enclosing scopes and, where the language has one, the module or package.
+  /// Ends with the name; before it the enclosing scopes and, where the language has one, the module or
+  /// package.
   std::string fqn = {};
   std::string kind = {};  ///< one of the fourteen kinds that scoring knows, where it fits
   bool is_export = false;

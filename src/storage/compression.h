@@ -6,9 +6,10 @@
 
 namespace tarnwick::storage {
 
+/// Gives what decompress takes. Safe to call from several threads.
 std::string compress(std::string_view bytes);
 
-/// Throws IndexError (damaged) for what compress did not write.
+/// What was compressed, of up to 256 MiB. Throws IndexError (damaged) for anything else.
 std::string decompress(std::string_view packed);
 
 }  // namespace tarnwick::storage

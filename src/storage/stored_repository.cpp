@@ -73,8 +73,8 @@ SymbolMatches StoredRepository::search_symbols(const Text& pattern, std::int64_t
                                    "ON s.name_id = n.id "
                                    "JOIN files AS f ON f.id = s.id >> 16 "
                                    "WHERE n.lower GLOB ?1 AND f.is_source >= ?2 "
-                                   "ORDER BY s.lower <> ?3, substr(s.lower, 1, length(?3)) <> ?3, "
-                                   "length(s.lower), s.is_export DESC, f.path, s.id "
+                                   "ORDER BY n.lower <> ?3, substr(n.lower, 1, length(?3)) <> ?3, "
+                                   "length(n.lower), s.is_export DESC, f.path, s.id "
                                    "LIMIT ?4";
     SQLite::Statement& query = connection_->prepare(sql);
     query.bind(1, names->glob);

@@ -48,6 +48,7 @@ TEST_P(Golden, SaysWhatIsExpected) {
     std::ofstream(expected, std::ios::binary) << dump(facts);
   EXPECT_EQ(dump(facts), read(expected));
   for (const auto& each : facts.definitions) {
+    EXPECT_TRUE(each.fqn.ends_with(each.name)) << each.fqn;
     EXPECT_LT(each.start_byte, each.end_byte) << each.fqn;
     EXPECT_LE(each.end_byte, text.size()) << each.fqn;
     EXPECT_LE(each.start_line, each.end_line) << each.fqn;

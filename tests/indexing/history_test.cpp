@@ -105,6 +105,16 @@ TEST_F(HistoryTest, ARewrittenPastReplacesTheKnownOne) {
   EXPECT_THAT(subjects(), ElementsAre("oth word ", "start "));
 }
 
+TEST_F(HistoryTest, ADamagedHistoryIsReadAnew) {
+  update();
+  storage::Connection(tree.index_file(), storage::Connection::Mode::write)
+      .execute("UPDATE history SET commits = x'28b52ffd0102'");
+  write("src/other.toy", "pub fn unrelated\nmore()\nend\n");
+  commit("Newest");
+  EXPECT_EQ(update().commits, 3);
+  EXPECT_THAT(subjects(), SizeIs(3));
+}
+
 TEST_F(HistoryTest, AnUpdatedHistoryEqualsAFreshOne) {
   HistoryOptions few = options();
   few.commits = 5;

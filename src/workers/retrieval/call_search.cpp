@@ -1,31 +1,16 @@
 #include "workers/retrieval/call_search.h"
 
-#include <algorithm>
-
 #include "storage/file_record.h"
 #include "storage/resolver.h"
 
 namespace tarnwick::retrieval {
 namespace {
 
-using Scores = std::unordered_map<std::int64_t, double>;
-
 std::vector<std::int64_t> ids_of(const std::vector<RowScore>& symbols) {
   std::vector<std::int64_t> ids;
   ids.reserve(symbols.size());
   for (const RowScore& row : symbols) ids.push_back(row.id);
   return ids;
-}
-
-Scores scores_of(const std::vector<RowScore>& symbols) {
-  Scores scores;
-  for (const RowScore& row : symbols) scores.emplace(row.id, row.score);
-  return scores;
-}
-
-void raise(Scores& scores, std::int64_t id, double value) {
-  double& score = scores[id];
-  score = std::max(score, value);
 }
 
 }  // namespace

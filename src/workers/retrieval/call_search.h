@@ -1,8 +1,6 @@
 // Symbols beside others in the call graph.
 #pragma once
 
-#include <cstdint>
-#include <unordered_map>
 #include <vector>
 
 #include "storage/connection.h"
@@ -12,11 +10,9 @@ namespace tarnwick::retrieval {
 
 /// Who calls the symbols in production code: the greatest score of a symbol that is called, less where a call
 /// may mean several symbols.
-std::unordered_map<std::int64_t, double> callers_of(storage::Connection& connection,
-                                                    const std::vector<RowScore>& symbols);
+Scores callers_of(storage::Connection& connection, const std::vector<RowScore>& symbols);
 
 /// What the symbols use, by the same measure.
-std::unordered_map<std::int64_t, double> used_by(storage::Connection& connection,
-                                                 const std::vector<RowScore>& symbols);
+Scores used_by(storage::Connection& connection, const std::vector<RowScore>& symbols);
 
 }  // namespace tarnwick::retrieval

@@ -1,9 +1,6 @@
 // Past commits whose subjects resemble a task.
 #pragma once
 
-#include <cstdint>
-#include <unordered_map>
-
 #include "storage/connection.h"
 #include "workers/retrieval/file_table.h"
 #include "workers/retrieval/text_search.h"
@@ -12,11 +9,12 @@ namespace tarnwick::retrieval {
 
 /// How strongly those commits speak for files and symbols of today; small commits count more. Not normalised.
 struct HistoryScores {
-  std::unordered_map<std::int64_t, double> files;
-  std::unordered_map<std::int64_t, double> symbols;
+  Scores files;
+  Scores symbols;
 };
 
-/// Empty where the index holds no history. Throws SQLite::Exception when it cannot be asked.
+/// Empty where the index holds no history. Throws SQLite::Exception when it cannot be asked, and IndexError
+/// (damaged).
 HistoryScores search_history(storage::Connection& connection, const FileTable& files,
                              const SearchWords& words);
 

@@ -23,7 +23,6 @@ namespace {
 
 using storage::Connection;
 using storage::file_of;
-using Scores = std::unordered_map<std::int64_t, double>;
 
 /// How many words of a task are searched for: those of a long description.
 constexpr std::size_t MOST_WORDS = 32;
@@ -35,12 +34,6 @@ constexpr std::size_t LENDERS = 50;
 double value_of(const Scores& scores, std::int64_t id) {
   const auto found = scores.find(id);
   return found == scores.end() ? 0 : found->second;
-}
-
-Scores map_of(const std::vector<RowScore>& rows) {
-  Scores scores;
-  for (const RowScore& row : rows) scores.emplace(row.id, row.score);
-  return scores;
 }
 
 /// Whether a symbol of a source file is a test, or what holds them: some languages keep them in a scope of
@@ -113,9 +106,9 @@ class Ranking {
       std::erase_if(*rows, [&](const RowScore& row) { return !admits(file_of(row.id)); });
     std::erase_if(found.files, [&](const RowScore& row) { return !admits(row.id); });
     for (std::vector<RowScore>* rows : {&found.symbols, &found.names, &found.files}) normalise(*rows);
-    text_ = map_of(found.symbols);
-    named_ = map_of(found.names);
-    file_ = map_of(found.files);
+    text_ = scores_of(found.symbols);
+    named_ = scores_of(found.names);
+    file_ = scores_of(found.files);
     lenders_ = best(std::move(found.symbols), LENDERS);
     gather_paths(found.paths);
   }

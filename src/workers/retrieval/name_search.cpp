@@ -69,16 +69,10 @@ double certainty(const WrittenName& written, const Bearer& bearer) {
   return value;
 }
 
-void raise(std::unordered_map<std::int64_t, double>& scores, std::int64_t id, double value) {
-  double& score = scores[id];
-  score = std::max(score, value);
-}
-
 }  // namespace
 
-std::unordered_map<std::int64_t, double> search_names(Connection& connection,
-                                                      const std::vector<std::string>& names) {
-  std::unordered_map<std::int64_t, double> scores;
+Scores search_names(Connection& connection, const std::vector<std::string>& names) {
+  Scores scores;
   for (const std::string& name : names) {
     const WrittenName written = take_apart(name);
     if (written.last.empty()) continue;

@@ -133,6 +133,17 @@ bool is_better(const RowScore& a, const RowScore& b) {
 
 }  // namespace
 
+Scores scores_of(const std::vector<RowScore>& rows) {
+  Scores scores;
+  for (const RowScore& row : rows) scores.emplace(row.id, row.score);
+  return scores;
+}
+
+void raise(Scores& scores, std::int64_t id, double score) {
+  double& greatest = scores[id];
+  greatest = std::max(greatest, score);
+}
+
 SearchWords SearchWords::of(std::string_view task) {
   SearchWords result;
   const auto add = [&](std::string_view word) {
@@ -191,7 +202,7 @@ void normalise(std::vector<RowScore>& rows) {
     for (RowScore& row : rows) row.score /= greatest;
 }
 
-void normalise(std::unordered_map<std::int64_t, double>& scores) {
+void normalise(Scores& scores) {
   double greatest = 0;
   for (const auto& [id, score] : scores) greatest = std::max(greatest, score);
   if (greatest > 0)

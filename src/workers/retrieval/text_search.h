@@ -17,6 +17,15 @@ struct RowScore {
   double score = 0;
 };
 
+/// Scores by id.
+using Scores = std::unordered_map<std::int64_t, double>;
+
+/// Of rows that have an id each.
+Scores scores_of(const std::vector<RowScore>& rows);
+
+/// Lets the greater score of an id hold.
+void raise(Scores& scores, std::int64_t id, double score);
+
 /// What of a task is searched for.
 struct SearchWords {
   /// As search_words gives them, without common ones, each once. Neighbours come as one word too, as code
@@ -50,7 +59,7 @@ std::unordered_map<std::string, double> word_weights(storage::Connection& connec
 
 /// Divides all by the greatest.
 void normalise(std::vector<RowScore>& rows);
-void normalise(std::unordered_map<std::int64_t, double>& scores);
+void normalise(Scores& scores);
 
 /// The `count` best rows, best first, equal ones by id.
 std::vector<RowScore> best(std::vector<RowScore> rows, std::size_t count);
