@@ -13,14 +13,14 @@
 #include <sstream>
 #include <string>
 
-#include "indexing/extraction.h"
-#include "indexing/languages.h"
+#include "extraction/extraction.h"
+#include "languages/languages.h"
 #include "text/lines.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using tarnwick::indexing::Language;
+using tarnwick::languages::Language;
 using Seconds = std::chrono::duration<double>;
 
 struct Sums {
@@ -57,15 +57,15 @@ void measure(const fs::path& path, std::map<std::string_view, Sums>& sums) {
   constexpr std::uintmax_t MAX_BYTES = 1 << 20;
   if (!fs::is_regular_file(fs::symlink_status(path)) || fs::file_size(path) > MAX_BYTES) return;
   const auto text = read(path);
-  const auto* language = tarnwick::indexing::language_of(path.native(), text);
+  const auto* language = tarnwick::languages::language_of(path.native(), text);
   if (language == nullptr || language->grammar == nullptr) return;
   auto& sum = sums[language->name];
-  if (sum.files == 0) tarnwick::indexing::extract(*language, "", "");  // compiles the query
+  if (sum.files == 0) tarnwick::extraction::extract(*language, "", "");  // compiles the query
   ++sum.files;
   sum.bytes += text.size();
   sum.parsing += seconds([&] { parse(*language, text); });
   sum.extracting += seconds([&] {
-    const auto facts = tarnwick::indexing::extract(*language, text, path.native());
+    const auto facts = tarnwick::extraction::extract(*language, text, path.native());
     sum.symbols += facts.definitions.size();
     sum.uses += facts.uses.size();
     sum.fallbacks += facts.is_fallback ? 1 : 0;

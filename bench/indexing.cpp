@@ -24,11 +24,11 @@
 #include <thread>
 #include <vector>
 
+#include "extraction/source_extractor.h"
+#include "files/source_text.h"
+#include "index/index_file.h"
 #include "indexing/indexer.h"
-#include "indexing/languages.h"
-#include "indexing/source_extractor.h"
-#include "storage/index_file.h"
-#include "storage/source_text.h"
+#include "languages/languages.h"
 
 namespace {
 
@@ -60,7 +60,7 @@ class Copy {
 
 struct SourceFile {
   fs::path path;
-  const indexing::Language* language;
+  const languages::Language* language;
   std::int64_t size;
 };
 
@@ -79,26 +79,26 @@ Cost cost_of(const Work& work) {
 }
 
 void update(const Copy& copy) {
-  static const indexing::SourceExtractor EXTRACTOR;
+  static const extraction::SourceExtractor EXTRACTOR;
   indexing::update_index({.root = copy.root(), .index_file = copy.index_file(), .extractor = &EXTRACTOR});
 }
 
 /// The files that the index holds, by their ids.
 std::vector<SourceFile> indexed_files(const Copy& copy) {
-  const auto connection = storage::open_for_reading(copy.index_file());
+  const auto connection = index::open_for_reading(copy.index_file());
   SQLite::Statement& query =
       connection->prepare("SELECT path, language, size FROM files WHERE skip IS NULL ORDER BY id");
   std::vector<SourceFile> files;
   while (query.executeStep()) {
-    files.push_back({storage::source_path(copy.root(), query.getColumn(0).getString()),
-                     indexing::language_named(query.getColumn(1).getString()),
+    files.push_back({files::source_path(copy.root(), query.getColumn(0).getString()),
+                     languages::language_named(query.getColumn(1).getString()),
                      query.getColumn(2).getInt64()});
   }
   return files;
 }
 
 void parse(TSParser* parser, const SourceFile& file) {
-  const std::string text = storage::decode_source(storage::read_regular_file(file.path).bytes);
+  const std::string text = files::decode_source(files::read_regular_file(file.path).bytes);
   if (file.language == nullptr || file.language->grammar == nullptr) return;
   ts_parser_set_language(parser, file.language->grammar());
   ts_tree_delete(

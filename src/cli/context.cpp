@@ -9,18 +9,18 @@
 #include <memory>
 
 #include "cli/commands.h"
-#include "cli/deep_symbols.h"
 #include "cli/explain.h"
 #include "cli/failure.h"
-#include "cli/formats.h"
 #include "cli/indexed_repository.h"
-#include "cli/messages.h"
-#include "cli/terminal.h"
-#include "storage/stored_repository.h"
+#include "output/formats.h"
+#include "output/messages.h"
+#include "output/terminal.h"
+#include "repository/stored_repository.h"
+#include "retrieval/index_retriever.h"
+#include "retrieval/task_words.h"
+#include "service/deep_symbols.h"
 #include "tarnwick/workers/context_builder.h"
 #include "text/surrogates.h"
-#include "workers/retrieval/index_retriever.h"
-#include "workers/retrieval/query.h"
 
 namespace tarnwick::cli {
 namespace {
@@ -107,19 +107,19 @@ BuildOptions build_options(const ContextOptions& options, const Location& locati
   build.prefer_kinds = texts(options.prefer);
   build.source_only = !options.all_files;
   build.wide_match = options.wide;
-  ask_for_bodies(texts(options.deep), build);
+  service::ask_for_bodies(texts(options.deep), build);
   if (!options.seeds.empty()) build.seed_symbols = seeds_of(repository, options.seeds);
   return build;
 }
 
 void print(ContextPack& pack, std::string format) {
-  if (format.empty()) format = is_terminal(STDOUT_FILENO) ? "text" : "json";
+  if (format.empty()) format = output::is_terminal(STDOUT_FILENO) ? "text" : "json";
   if (format == "json") {
-    print_json(pack, std::cout);
+    output::print_json(pack, std::cout);
   } else if (format == "markdown") {
-    print_markdown(pack, std::cout);
+    output::print_markdown(pack, std::cout);
   } else {
-    print_text(pack, std::cout, may_colour(STDOUT_FILENO));
+    output::print_text(pack, std::cout, output::may_colour(STDOUT_FILENO));
   }
 }
 
@@ -140,20 +140,20 @@ Text task_of(const ContextOptions& options) {
 }
 
 ContextPack build(const ContextOptions& options, const Location& location) {
-  const storage::StoredRepository repository(location.index_file, location.root);
+  const repository::StoredRepository repository(location.index_file, location.root);
   const retrieval::QueryTokenizer tokenizer;
   const retrieval::IndexRetriever retriever(repository);
   const ExplainedRetriever explained(retriever);
   const HybridRetriever& asked = options.explain ? static_cast<const HybridRetriever&>(explained) : retriever;
-  MessageLogger logger;
+  output::MessageLogger logger;
   const ContextBuilder builder(repository, tokenizer, &asked, !options.no_tests, {.logger = &logger});
   BuildOptions choices = build_options(options, location, repository);
   Explanation explanation(explained, std::cerr);
   if (options.explain) choices.on_weighed = [&](const Weighed& weighed) { explanation.add(weighed); };
   try {
     ContextPack pack = builder.build_context_pack(task_of(options), choices);
-    for (const std::string& line : missing_bodies(repository, texts(options.deep), pack))
-      spdlog::warn("--deep: {}", visible(line));
+    for (const std::string& line : service::missing_bodies(repository, texts(options.deep), pack))
+      spdlog::warn("--deep: {}", output::visible(line));
     return pack;
   } catch (const UnknownComponent& error) {
     throw Failure(text::to_os(error.message()),

@@ -2,7 +2,7 @@
 
 #include <spdlog/fmt/fmt.h>
 
-#include "cli/terminal.h"
+#include "output/terminal.h"
 #include "text/surrogates.h"
 
 namespace tarnwick::cli {
@@ -38,7 +38,7 @@ void Explanation::add(const Weighed& weighed) {
                     : fmt::format("skipped, costs {} but {} are left", weighed.cost, weighed.left);
   const std::string line = fmt::format("{:2}. {} {}:{}: {}", ++rank_, symbol->fqn().view(),
                                        file_path.value_or("").view(), symbol->start_line(), outcome);
-  *out_ << visible(text::replace_surrogates(line)) << '\n';
+  *out_ << output::visible(text::replace_surrogates(line)) << '\n';
   const retrieval::ExplainedHit* const hit = retriever_->reasons(symbol->id());
   *out_ << "    "
         << (hit != nullptr ? signals_of(*hit) : fmt::format("matched by name or given, {:.4f}", score))

@@ -6,8 +6,8 @@
 #include <ostream>
 #include <unordered_map>
 
+#include "retrieval/index_retriever.h"
 #include "tarnwick/workers/context_builder.h"
-#include "workers/retrieval/index_retriever.h"
 
 namespace tarnwick::cli {
 

@@ -7,12 +7,12 @@
 
 #include "cli/failure.h"
 #include "cli/interrupts.h"
-#include "cli/terminal.h"
+#include "extraction/source_extractor.h"
+#include "index/errors.h"
+#include "index/index_file.h"
+#include "index/index_status.h"
 #include "indexing/history_store.h"
-#include "indexing/source_extractor.h"
-#include "storage/errors.h"
-#include "storage/index_file.h"
-#include "storage/index_status.h"
+#include "output/terminal.h"
 
 namespace tarnwick::cli {
 namespace fs = std::filesystem;
@@ -60,15 +60,15 @@ class ShownProgress final : public indexing::Progress {
   }
   void message(std::string_view text) override {
     line_.wipe();
-    spdlog::warn("{}", visible(text));
+    spdlog::warn("{}", output::visible(text));
   }
 
  private:
-  ProgressLine line_;
+  output::ProgressLine line_;
 };
 
-indexing::Patience patience(const UpdateLimits& limits, std::stop_token stop) {
-  indexing::Patience patience{.stop = std::move(stop)};
+git::Patience patience(const UpdateLimits& limits, std::stop_token stop) {
+  git::Patience patience{.stop = std::move(stop)};
   if (limits.history) patience.deadline = std::chrono::steady_clock::now() + *limits.history;
   return patience;
 }
@@ -99,18 +99,18 @@ Location locate(const RepositoryOptions& options) {
   Location location;
   location.root = options.repo.empty() ? unnamed_repository() : directory(options.repo);
   location.index_file =
-      options.index.empty() ? storage::default_index_file(location.root) : fs::absolute(options.index);
+      options.index.empty() ? index::default_index_file(location.root) : fs::absolute(options.index);
   // What lies in the cache folder was an index, whatever became of it; a file of the user's own is no damaged
   // index to be set aside.
-  if (!options.index.empty() && !storage::may_hold_index(location.index_file))
+  if (!options.index.empty() && !index::may_hold_index(location.index_file))
     throw Failure(options.index + ": not an index; it is left alone");
   return location;
 }
 
-const indexing::SourceExtractor& extractor() {
-  static const auto folder = indexing::own_languages_folder();
-  static const indexing::SourceExtractor EXTRACTOR(folder ? indexing::read_own_languages(*folder)
-                                                          : indexing::OwnLanguages());
+const extraction::SourceExtractor& extractor() {
+  static const auto folder = languages::own_languages_folder();
+  static const extraction::SourceExtractor EXTRACTOR(folder ? languages::read_own_languages(*folder)
+                                                            : languages::OwnLanguages());
   return EXTRACTOR;
 }
 
@@ -135,10 +135,10 @@ indexing::IndexReport update(const Location& location, const RepositoryOptions& 
 }
 
 void require_indexed_files(const Location& location) {
-  const auto connection = storage::open_for_reading(location.index_file);
-  if (storage::has_files(*connection)) return;
+  const auto connection = index::open_for_reading(location.index_file);
+  if (index::has_files(*connection)) return;
   std::vector<std::string> help;
-  for (const auto& [reason, files] : storage::skip_counts(*connection))
+  for (const auto& [reason, files] : index::skip_counts(*connection))
     help.push_back(fmt::format("Left out: {} ({})", files, reason));
   throw Failure(location.root.string() + ": nothing to index", help);
 }
@@ -147,11 +147,11 @@ void over_sound_index(const Location& location, const RepositoryOptions& options
                       const std::function<void()>& work) {
   try {
     work();
-  } catch (const storage::IndexError& error) {
-    if (error.kind() != storage::IndexError::Kind::damaged) throw;
+  } catch (const index::IndexError& error) {
+    if (error.kind() != index::IndexError::Kind::damaged) throw;
     {
-      const storage::WriterLock lock(location.index_file, {});
-      const fs::path kept = storage::set_aside(location.index_file);
+      const index::WriterLock lock(location.index_file, {});
+      const fs::path kept = index::set_aside(location.index_file);
       spdlog::warn("{}; kept as {}, indexing anew", error.what(), kept.string());
     }
     update(location, options, {});

@@ -8,8 +8,8 @@
 #include <optional>
 #include <string>
 
+#include "extraction/source_extractor.h"
 #include "indexing/indexer.h"
-#include "indexing/source_extractor.h"
 
 namespace tarnwick::cli {
 
@@ -38,7 +38,7 @@ struct Location {
 Location locate(const RepositoryOptions& options);
 
 /// Reads source files, those in languages of the user's own too.
-const indexing::SourceExtractor& extractor();
+const extraction::SourceExtractor& extractor();
 
 struct UpdateLimits {
   bool full = false;  ///< read every file anew

@@ -10,8 +10,8 @@
 
 #include "cli/commands.h"
 #include "cli/failure.h"
-#include "cli/messages.h"
-#include "cli/terminal.h"
+#include "output/messages.h"
+#include "output/terminal.h"
 #include "tarnwick/version.h"
 
 namespace tarnwick::cli {
@@ -44,9 +44,9 @@ constexpr const char* EXAMPLES =
     "tarnwick COMMAND --help tells more.";
 
 int report(std::string_view line, const std::vector<std::string>& help = {}) {
-  const Paint paint(may_colour(STDERR_FILENO));
-  std::cerr << paint(Paint::RED, visible(line)) << '\n';
-  for (const std::string& further : help) std::cerr << visible(further) << '\n';
+  const output::Paint paint(output::may_colour(STDERR_FILENO));
+  std::cerr << paint(output::Paint::RED, output::visible(line)) << '\n';
+  for (const std::string& further : help) std::cerr << output::visible(further) << '\n';
   return FAILED;
 }
 
@@ -118,6 +118,6 @@ int guarded_run(std::vector<std::string> arguments) {
 }  // namespace tarnwick::cli
 
 int main(int argc, char** argv) {
-  tarnwick::cli::set_up_messages();
+  tarnwick::output::set_up_messages();
   return tarnwick::cli::guarded_run({argv + 1, argv + argc});
 }

@@ -10,10 +10,10 @@
 #include "cli/commands.h"
 #include "cli/failure.h"
 #include "cli/indexed_repository.h"
-#include "cli/terminal.h"
-#include "storage/errors.h"
-#include "storage/index_file.h"
-#include "storage/index_status.h"
+#include "index/errors.h"
+#include "index/index_file.h"
+#include "index/index_status.h"
+#include "output/terminal.h"
 #include "text/surrogates.h"
 
 namespace tarnwick::cli {
@@ -36,14 +36,14 @@ struct StatusOptions {
 };
 
 std::string shown(std::string_view text) {
-  return visible_on_one_line(text::replace_surrogates(text));
+  return output::visible_on_one_line(text::replace_surrogates(text));
 }
 
 std::string time_of(std::int64_t seconds) {
   return fmt::format("{:%Y-%m-%d %H:%M:%S}", fmt::localtime(static_cast<std::time_t>(seconds)));
 }
 
-void print_languages(const std::vector<storage::LanguageStatus>& languages) {
+void print_languages(const std::vector<index::LanguageStatus>& languages) {
   std::cout << fmt::format("\n{:<14}{:>9}{:>10}{:>12}{:>15}\n", "Language", "files", "symbols", "references",
                            "syntax errors");
   for (const auto& language : languages) {
@@ -52,7 +52,7 @@ void print_languages(const std::vector<storage::LanguageStatus>& languages) {
   }
 }
 
-void print_components(const std::vector<storage::ComponentStatus>& components) {
+void print_components(const std::vector<index::ComponentStatus>& components) {
   if (components.empty()) return;
   std::cout << "\nComponents\n";
   const std::size_t listed = std::min(components.size(), MOST_COMPONENTS);
@@ -64,7 +64,7 @@ void print_components(const std::vector<storage::ComponentStatus>& components) {
 }
 
 /// Languages of the user's own, and what is wrong with those that are left out.
-void print_own_languages(const indexing::OwnLanguages& own) {
+void print_own_languages(const languages::OwnLanguages& own) {
   if (own.languages.empty() && own.problems.empty()) return;
   std::cout << "\nOwn languages\n";
   for (const auto& language : own.languages) {
@@ -74,7 +74,7 @@ void print_own_languages(const indexing::OwnLanguages& own) {
   for (const auto& problem : own.problems) std::cout << fmt::format("  left out: {}\n", shown(problem));
 }
 
-void print_status(const Location& location, const storage::IndexStatus& status) {
+void print_status(const Location& location, const index::IndexStatus& status) {
   std::cout << fmt::format("Repository  {}\nIndex       {}\n", shown(location.root.string()),
                            shown(location.index_file.string()));
   std::cout << fmt::format("Size        {:.1f} MiB for {:.1f} MiB of source text\n",
@@ -94,16 +94,16 @@ void print_status(const Location& location, const storage::IndexStatus& status) 
 void run(const StatusOptions& options) {
   const Location location = locate(options.repository);
   try {
-    const auto connection = storage::open_for_reading(location.index_file);
+    const auto connection = index::open_for_reading(location.index_file);
     if (!options.skipped) {
-      print_status(location, storage::index_status(*connection));
+      print_status(location, index::index_status(*connection));
       return;
     }
-    for (const auto& [path, reason] : storage::skipped_files(*connection)) {
+    for (const auto& [path, reason] : index::skipped_files(*connection)) {
       std::cout << fmt::format("{}: {}\n", shown(path), reason);
     }
-  } catch (const storage::IndexError& error) {
-    if (error.kind() != storage::IndexError::Kind::missing) throw;
+  } catch (const index::IndexError& error) {
+    if (error.kind() != index::IndexError::Kind::missing) throw;
     throw Failure(error.what(), {"tarnwick index makes one."});
   }
 }

@@ -9,24 +9,24 @@
 #include <utility>
 #include <vector>
 
-#include "storage/connection.h"
-#include "storage/errors.h"
-#include "storage/index_file.h"
-#include "storage/past_commits.h"
-#include "storage/schema.h"
-#include "workers/retrieval/words.h"
+#include "index/connection.h"
+#include "index/errors.h"
+#include "index/index_file.h"
+#include "index/past_commits.h"
+#include "index/schema.h"
+#include "words/words.h"
 
 namespace tarnwick::indexing {
 namespace {
 
-using storage::Connection;
-using storage::PastCommit;
-using storage::PastCommits;
+using index::Connection;
+using index::PastCommit;
+using index::PastCommits;
 
 /// Git takes all of a first paragraph for the subject; a longer one is none.
 constexpr std::size_t MOST_WORDS = 200;
 
-using TouchedByCommit = std::unordered_map<std::string, std::vector<Touched>>;
+using TouchedByCommit = std::unordered_map<std::string, std::vector<git::Touched>>;
 
 /// What the index file knows already.
 struct Known {
@@ -41,7 +41,7 @@ using ByHash = std::unordered_map<std::string_view, const PastCommit*>;
 struct Fresh {
   std::string head;
   std::vector<std::string> order;  ///< all that is to be kept, newest first
-  std::unordered_map<std::string, Commit>
+  std::unordered_map<std::string, git::Commit>
       commits;  ///< those that the index file lacks, as far as they were read
   TouchedByCommit touched;
 };
@@ -53,7 +53,7 @@ bool is_telling(std::size_t files) {
 
 std::string stored_head(Connection& connection) {
   SQLite::Statement& query = connection.prepare("SELECT value FROM meta WHERE key = ?");
-  query.bind(1, storage::meta_keys::HISTORY_HEAD);
+  query.bind(1, index::meta_keys::HISTORY_HEAD);
   std::string head = query.executeStep() ? query.getColumn(0).getString() : std::string();
   query.reset();
   return head;
@@ -62,8 +62,8 @@ std::string stored_head(Connection& connection) {
 /// A history whose bytes are damaged is none: git has it all.
 Known stored_history(Connection& connection) {
   try {
-    return {stored_head(connection), storage::read_commits(connection)};
-  } catch (const storage::IndexError&) {
+    return {stored_head(connection), index::read_commits(connection)};
+  } catch (const index::IndexError&) {
     return {};
   }
 }
@@ -77,26 +77,26 @@ ByHash by_hash(const PastCommits& history) {
 /// The commits are left out when the head says that nothing is new.
 Known known_history(const HistoryOptions& options, const std::string& head) {
   try {
-    const auto connection = storage::open_for_reading(options.index_file);
+    const auto connection = index::open_for_reading(options.index_file);
     return connection->guard([&] {
       return stored_head(*connection) == head ? Known{head, {}} : stored_history(*connection);
     });
-  } catch (const storage::IndexError& error) {
+  } catch (const index::IndexError& error) {
     // A first indexing may be under way; open_for_writing sees to the rest.
-    if (error.kind() == storage::IndexError::Kind::missing ||
-        error.kind() == storage::IndexError::Kind::damaged)
+    if (error.kind() == index::IndexError::Kind::missing || error.kind() == index::IndexError::Kind::damaged)
       return {};
     throw;
   }
 }
 
-std::unordered_map<std::string, Commit> missing_commits(const HistoryOptions& options, const ByHash& known,
-                                                        const std::vector<std::string>& order) {
+std::unordered_map<std::string, git::Commit> missing_commits(const HistoryOptions& options,
+                                                             const ByHash& known,
+                                                             const std::vector<std::string>& order) {
   std::vector<std::string> hashes;
   for (const std::string& hash : order)
     if (!known.contains(hash)) hashes.push_back(hash);
-  std::unordered_map<std::string, Commit> commits;
-  for (Commit& commit : read_commits(options.root, hashes, options.patience)) {
+  std::unordered_map<std::string, git::Commit> commits;
+  for (git::Commit& commit : git::read_commits(options.root, hashes, options.patience)) {
     std::string hash = commit.hash;
     commits.emplace(std::move(hash), std::move(commit));
   }
@@ -125,17 +125,17 @@ TouchedByCommit touched_by(const HistoryOptions& options, const std::vector<std:
   TouchedByCommit result;
   std::size_t done = 0;
   if (hashes.empty()) return result;
-  read_touched(options.root, hashes, options.patience,
-               [&](const std::string& hash, std::vector<Touched> touched) {
-                 while (done < hashes.size() && hashes[done] != hash) result.try_emplace(hashes[done++]);
-                 if (done < hashes.size()) result.insert_or_assign(hashes[done++], std::move(touched));
-               });
+  git::read_touched(options.root, hashes, options.patience,
+                    [&](const std::string& hash, std::vector<git::Touched> touched) {
+                      while (done < hashes.size() && hashes[done] != hash) result.try_emplace(hashes[done++]);
+                      if (done < hashes.size()) result.insert_or_assign(hashes[done++], std::move(touched));
+                    });
   return result;
 }
 
 std::optional<Fresh> read_fresh(const HistoryOptions& options, const ByHash& known, const std::string& head) {
   std::optional<std::vector<std::string>> order =
-      list_commits(options.root, head, options.commits, options.patience);
+      git::list_commits(options.root, head, options.commits, options.patience);
   if (!order) return std::nullopt;
   Fresh fresh{.head = head, .order = std::move(*order), .commits = {}, .touched = {}};
   fresh.commits = missing_commits(options, known, fresh.order);
@@ -170,10 +170,10 @@ class Merge {
   }
 
  private:
-  PastCommit made(const Commit& read) {
+  PastCommit made(const git::Commit& read) {
     PastCommit commit{.hash = read.hash, .files = read.files.size(), .words = {}, .changed = {}};
     if (!is_telling(commit.files)) return commit;
-    retrieval::search_words(read.subject, [&](std::string_view word) {
+    words::search_words(read.subject, [&](std::string_view word) {
       if (commit.words.size() < MOST_WORDS) commit.words.push_back(result_.texts.number_of(word));
     });
     for (const std::string& file : read.files)
@@ -187,17 +187,17 @@ class Merge {
       number = result_.texts.number_of(stored_->texts.word(number));
     };
     std::ranges::for_each(commit.words, renumber);
-    for (storage::ChangedFile& file : commit.changed) renumber(file.path);
-    for (storage::ChangedFile& file : commit.changed) {
+    for (index::ChangedFile& file : commit.changed) renumber(file.path);
+    for (index::ChangedFile& file : commit.changed) {
       if (!commit.touched_read) file.names.clear();
       std::ranges::for_each(file.names, renumber);
     }
     return commit;
   }
 
-  void fill_in(PastCommit& commit, const std::vector<Touched>& touched) {
-    for (storage::ChangedFile& file : commit.changed) {
-      const auto each = std::ranges::find(touched, result_.texts.word(file.path), &Touched::file);
+  void fill_in(PastCommit& commit, const std::vector<git::Touched>& touched) {
+    for (index::ChangedFile& file : commit.changed) {
+      const auto each = std::ranges::find(touched, result_.texts.word(file.path), &git::Touched::file);
       if (each == touched.end()) continue;
       for (const std::string& name : each->names) file.names.push_back(result_.texts.number_of(name));
     }
@@ -218,7 +218,7 @@ void write(Connection& connection, const PastCommits& history, const std::string
   insert.exec();
   insert.reset();
   SQLite::Statement& meta = connection.prepare("INSERT OR REPLACE INTO meta (key, value) VALUES (?, ?)");
-  meta.bind(1, storage::meta_keys::HISTORY_HEAD);
+  meta.bind(1, index::meta_keys::HISTORY_HEAD);
   meta.bind(2, head);
   meta.exec();
   meta.reset();
@@ -227,15 +227,15 @@ void write(Connection& connection, const PastCommits& history, const std::string
 }  // namespace
 
 HistoryReport update_history(const HistoryOptions& options) {
-  const std::optional<std::string> head = head_commit(options.root, options.patience);
+  const std::optional<std::string> head = git::head_commit(options.root, options.patience);
   if (!head) return {.complete = !options.patience.is_over()};
   const Known known = known_history(options, *head);
   if (known.head == *head) return {};
   const std::optional<Fresh> fresh = read_fresh(options, by_hash(known.history), *head);
   const bool complete = !options.patience.is_over();
   if (!fresh) return {.complete = complete};
-  const storage::WriterLock lock(options.index_file, options.patience.stop);
-  const storage::OpenedIndex index = storage::open_for_writing(options.index_file);
+  const index::WriterLock lock(options.index_file, options.patience.stop);
+  const index::OpenedIndex index = index::open_for_writing(options.index_file);
   Connection& connection = *index.connection;
   connection.guard([&] {
     SQLite::Transaction transaction(connection.database(), SQLite::TransactionBehavior::IMMEDIATE);

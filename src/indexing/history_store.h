@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <filesystem>
 
-#include "indexing/history.h"
+#include "git/commit_log.h"
 
 namespace tarnwick::indexing {
 
@@ -17,7 +17,7 @@ struct HistoryOptions {
   std::size_t commits = 5000;  ///< how many of the last commits are kept
   std::size_t touched =
       2000;  ///< of how many of them it is read what they touched, which costs ten times as much
-  Patience patience = {};  ///< reading ends when it is over; what was read until then is kept
+  git::Patience patience = {};  ///< reading ends when it is over; what was read until then is kept
 };
 
 struct HistoryReport {

@@ -11,24 +11,24 @@
 #include <unordered_map>
 #include <utility>
 
-#include "indexing/git_files.h"
+#include "files/source_text.h"
+#include "git/git_files.h"
+#include "index/errors.h"
+#include "index/index_file.h"
+#include "index/index_writer.h"
+#include "index/schema.h"
 #include "indexing/indexer_components.h"
 #include "indexing/indexer_pipeline.h"
 #include "indexing/indexer_skips.h"
 #include "indexing/tree_walk.h"
-#include "storage/errors.h"
-#include "storage/index_file.h"
-#include "storage/index_writer.h"
-#include "storage/schema.h"
-#include "storage/source_text.h"
 #include "text/surrogates.h"
 
 namespace tarnwick::indexing {
 namespace {
 
-using storage::FileRecord;
-using storage::IndexWriter;
-using storage::StoredFile;
+using index::FileRecord;
+using index::IndexWriter;
+using index::StoredFile;
 
 /// How many files are read ahead of the writer, and of how many bytes.
 constexpr std::size_t MOST_AHEAD = 1024;
@@ -58,7 +58,7 @@ struct Job {
 struct Plan {
   std::vector<std::int64_t> removals;
   std::vector<Job> jobs;
-  std::vector<std::pair<std::int64_t, storage::FileStat>> touched;
+  std::vector<std::pair<std::int64_t, index::FileStat>> touched;
   std::int64_t added = 0;
   std::int64_t changed = 0;
   std::int64_t removed = 0;
@@ -68,7 +68,7 @@ struct Plan {
 
 class Reader {
  public:
-  Reader(const std::filesystem::path& root, const Extractor& extractor)
+  Reader(const std::filesystem::path& root, const facts::Extractor& extractor)
       : root_(root), extractor_(extractor) {}
 
   /// Reads one file as far as it gets; what went wrong is in `info.skip`.
@@ -81,7 +81,7 @@ class Reader {
       return record;
     }
     const std::int64_t before = now_ns();
-    const storage::FileBytes file = storage::read_regular_file(storage::source_path(root_, job.path));
+    const files::FileBytes file = files::read_regular_file(files::source_path(root_, job.path));
     if (file.error == 0 || file.error == EFBIG) record.info.stat = file_stat(file.status, before);
     if (file.error != 0) {
       record.info.skip = std::string(reason_of(file.error));
@@ -92,9 +92,9 @@ class Reader {
   }
 
   /// The hash of a file's bytes and its stats; nothing when it cannot be read.
-  std::optional<std::pair<std::int64_t, storage::FileStat>> look(const std::string& path) const {
+  std::optional<std::pair<std::int64_t, index::FileStat>> look(const std::string& path) const {
     const std::int64_t before = now_ns();
-    const storage::FileBytes file = storage::read_regular_file(storage::source_path(root_, path));
+    const files::FileBytes file = files::read_regular_file(files::source_path(root_, path));
     if (file.error != 0) return std::nullopt;
     return std::pair(hash_of(file.bytes), file_stat(file.status, before));
   }
@@ -113,8 +113,8 @@ class Reader {
     }
   }
 
-  FileRecord digest(storage::FileInfo info, const std::string& bytes) const {
-    const std::string text = storage::decode_source(bytes);
+  FileRecord digest(index::FileInfo info, const std::string& bytes) const {
+    const std::string text = files::decode_source(bytes);
     const std::string language = extractor_.language_of(info.path, text);
     std::string_view skip = skips::by_content(bytes, text);
     if (skip.empty() && language.empty()) skip = skips::UNSUPPORTED;
@@ -127,23 +127,22 @@ class Reader {
     info.language = language;
     info.is_source = extractor_.is_source(language);
     info.lines = std::count(text.begin(), text.end(), '\n') + (text.empty() || text.ends_with('\n') ? 0 : 1);
-    FileFacts facts = extractor_.extract(language, text, info.path);
-    return storage::make_record(std::move(info), std::move(facts), text);
+    facts::FileFacts facts = extractor_.extract(language, text, info.path);
+    return index::make_record(std::move(info), std::move(facts), text);
   }
 
   const std::filesystem::path& root_;
-  const Extractor& extractor_;
+  const facts::Extractor& extractor_;
 };
 
-bool is_unchanged(const TreeEntry& entry, const storage::FileInfo& stored) {
+bool is_unchanged(const TreeEntry& entry, const index::FileInfo& stored) {
   if (!entry.skip.empty()) return stored.skip == entry.skip;
   return stored.stat.stamp != 0 && stored.stat == entry.stat;
 }
 
 class Update {
  public:
-  Update(const IndexOptions& options, storage::Connection& connection, Progress* progress,
-         IndexReport& report)
+  Update(const IndexOptions& options, index::Connection& connection, Progress* progress, IndexReport& report)
       : options_(options),
         extractor_(*options.extractor),
         reader_(options.root, extractor_),
@@ -170,7 +169,7 @@ class Update {
  private:
   bool made_by_another_version() const {
     SQLite::Statement& query = connection_.prepare("SELECT value FROM meta WHERE key = ?");
-    query.bind(1, storage::meta_keys::READER);
+    query.bind(1, index::meta_keys::READER);
     const bool another = query.executeStep() && query.getColumn(0).getString() != extractor_.version();
     query.reset();
     return another;
@@ -233,9 +232,9 @@ class Update {
   void apply(const Plan& plan, const std::vector<TreeEntry>& entries) {
     writer_.begin();
     if (full_) writer_.clear();
-    writer_.set_meta(storage::meta_keys::READER, extractor_.version());
-    writer_.set_meta(storage::meta_keys::ROOT, text::from_os(options_.root.native()));
-    if (report_.first) writer_.set_meta(storage::meta_keys::FILES_TO_INDEX, report_.files);
+    writer_.set_meta(index::meta_keys::READER, extractor_.version());
+    writer_.set_meta(index::meta_keys::ROOT, text::from_os(options_.root.native()));
+    if (report_.first) writer_.set_meta(index::meta_keys::FILES_TO_INDEX, report_.files);
     for (const auto& [id, stat] : plan.touched) writer_.touch(id, stat);
     for (const std::int64_t id : plan.removals) writer_.remove(id);
     if (!add_files(plan)) {
@@ -245,12 +244,12 @@ class Update {
     }
     update_components(entries);
     writer_.drop_unused_names();
-    writer_.set_meta(storage::meta_keys::INDEXED_AT, now_ns() / 1'000'000'000);
-    writer_.remove_meta(storage::meta_keys::FILES_TO_INDEX);
-    if (const auto head = git_head(options_.root)) {
-      writer_.set_meta(storage::meta_keys::GIT_HEAD, *head);
+    writer_.set_meta(index::meta_keys::INDEXED_AT, now_ns() / 1'000'000'000);
+    writer_.remove_meta(index::meta_keys::FILES_TO_INDEX);
+    if (const auto head = git::git_head(options_.root)) {
+      writer_.set_meta(index::meta_keys::GIT_HEAD, *head);
     } else {
-      writer_.remove_meta(storage::meta_keys::GIT_HEAD);
+      writer_.remove_meta(index::meta_keys::GIT_HEAD);
     }
     writer_.commit();
     writer_.shrink();
@@ -293,14 +292,14 @@ class Update {
     for (const TreeEntry& entry : entries) {
       if (entry.skip.empty()) paths.push_back(entry.path);
     }
-    const std::vector<storage::ComponentRow> components = find_components(options_.root, paths);
+    const std::vector<index::ComponentRow> components = find_components(options_.root, paths);
     writer_.set_components(components, ComponentFinder(components));
   }
 
   const IndexOptions& options_;
-  const Extractor& extractor_;
+  const facts::Extractor& extractor_;
   Reader reader_;
-  storage::Connection& connection_;
+  index::Connection& connection_;
   IndexWriter writer_;
   Progress* progress_;
   IndexReport& report_;
@@ -308,29 +307,29 @@ class Update {
 };
 
 void run_update(const IndexOptions& options, Progress* progress, IndexReport& report) {
-  storage::OpenedIndex index = storage::open_for_writing(options.index_file);
+  index::OpenedIndex index = index::open_for_writing(options.index_file);
   if (index.message && progress != nullptr) progress->message(*index.message);
   index.connection->guard([&] { Update(options, *index.connection, progress, report).run(); });
 }
 
 }  // namespace
 
-bool may_matter(const Extractor& extractor, std::string_view path) {
+bool may_matter(const facts::Extractor& extractor, std::string_view path) {
   return is_manifest(path) || !extractor.language_of(path, std::nullopt).empty();
 }
 
 IndexReport update_index(const IndexOptions& options, Progress* progress) {
   IndexOptions resolved = options;
   resolved.root = std::filesystem::canonical(options.root);
-  if (resolved.index_file.empty()) resolved.index_file = storage::default_index_file(resolved.root);
+  if (resolved.index_file.empty()) resolved.index_file = index::default_index_file(resolved.root);
   IndexReport report;
   report.index_file = resolved.index_file;
-  const storage::WriterLock lock(resolved.index_file, resolved.stop);
+  const index::WriterLock lock(resolved.index_file, resolved.stop);
   try {
     run_update(resolved, progress, report);
-  } catch (const storage::IndexError& error) {
-    if (error.kind() != storage::IndexError::Kind::damaged) throw;
-    const std::filesystem::path aside = storage::set_aside(resolved.index_file);
+  } catch (const index::IndexError& error) {
+    if (error.kind() != index::IndexError::Kind::damaged) throw;
+    const std::filesystem::path aside = index::set_aside(resolved.index_file);
     if (progress != nullptr) {
       progress->message(std::string(error.what()) + "; it was set aside as " + aside.string() +
                         " and is made anew");

@@ -9,45 +9,22 @@
 #include <string_view>
 #include <vector>
 
-#include "indexing/records.h"
+#include "facts/extractor.h"
 
 namespace tarnwick::indexing {
 
-/// Reads source files. Safe to call from several threads at once.
-class Extractor {
- public:
-  Extractor() = default;
-  Extractor(const Extractor&) = delete;
-  Extractor& operator=(const Extractor&) = delete;
-  virtual ~Extractor() = default;
-
-  /// The language of a file by its path and, where that leaves it open, its text; empty:
-  /// none that is read. With `text` absent the answer is for the name alone, and "unknown" means that the
-  /// text must tell.
-  virtual std::string language_of(std::string_view path, std::optional<std::string_view> text) const = 0;
-  /// Whether the language is code, as opposed to documentation and data.
-  virtual bool is_source(std::string_view language) const = 0;
-  virtual bool is_test_path(std::string_view path) const = 0;
-  /// What a file of that language says. Never throws for what it holds.
-  virtual FileFacts extract(std::string_view language, std::string_view text,
-                            std::string_view path) const = 0;
-  /// A text that differs whenever the same file could yield other facts: an index made by another version is
-  /// made anew.
-  virtual std::string version() const { return {}; }
-};
-
 struct IndexOptions {
-  std::filesystem::path root;             ///< the directory to index
-  std::filesystem::path index_file = {};  ///< empty: storage::default_index_file
-  bool include_ignored = false;           ///< index what ignore rules leave out, too
-  bool full = false;                      ///< read every file anew
-  unsigned threads = 0;                   ///< that read files; 0: one for each core
-  std::stop_token stop = {};              ///< requested: stop soon and leave a usable index
-  const Extractor* extractor = nullptr;   ///< reads the files; required
+  std::filesystem::path root;                   ///< the directory to index
+  std::filesystem::path index_file = {};        ///< empty: storage::default_index_file
+  bool include_ignored = false;                 ///< index what ignore rules leave out, too
+  bool full = false;                            ///< read every file anew
+  unsigned threads = 0;                         ///< that read files; 0: one for each core
+  std::stop_token stop = {};                    ///< requested: stop soon and leave a usable index
+  const facts::Extractor* extractor = nullptr;  ///< reads the files; required
 };
 
 /// Whether what a file of that path holds can be of consequence to an index.
-bool may_matter(const Extractor& extractor, std::string_view path);
+bool may_matter(const facts::Extractor& extractor, std::string_view path);
 
 /// Hears how an update goes on, on the thread that asked for it.
 class Progress {

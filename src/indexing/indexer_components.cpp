@@ -6,7 +6,7 @@
 #include <regex>
 #include <set>
 
-#include "storage/source_text.h"
+#include "files/source_text.h"
 
 namespace tarnwick::indexing {
 namespace {
@@ -97,8 +97,8 @@ std::string package_name(std::string_view manifest_path, const std::string& text
   return {};
 }
 
-std::vector<storage::ComponentRow> find_components(const std::filesystem::path& root,
-                                                   const std::vector<std::string>& files) {
+std::vector<index::ComponentRow> find_components(const std::filesystem::path& root,
+                                                 const std::vector<std::string>& files) {
   std::map<std::string, std::string> names;  // by directory
   std::vector<std::string> manifests;
   std::copy_if(files.begin(), files.end(), std::back_inserter(manifests), is_manifest);
@@ -107,8 +107,8 @@ std::vector<storage::ComponentRow> find_components(const std::filesystem::path& 
   for (const std::string& manifest : manifests) {
     std::string& name = names[std::string(directory(manifest))];
     if (!name.empty()) continue;
-    const storage::FileBytes read = storage::read_regular_file(storage::source_path(root, manifest));
-    if (read.error == 0) name = package_name(manifest, storage::decode_source(read.bytes));
+    const files::FileBytes read = files::read_regular_file(files::source_path(root, manifest));
+    if (read.error == 0) name = package_name(manifest, files::decode_source(read.bytes));
   }
   if (!names.contains("")) {
     for (const std::string& file : files) {
@@ -116,7 +116,7 @@ std::vector<storage::ComponentRow> find_components(const std::filesystem::path& 
       if (slash != std::string::npos) names.try_emplace(file.substr(0, slash));
     }
   }
-  std::vector<storage::ComponentRow> components;
+  std::vector<index::ComponentRow> components;
   for (auto& [path, name] : names) {
     const std::string fallback = path.empty() ? root.filename().string() : std::string(file_name(path));
     components.push_back({name.empty() ? fallback : name, path});
@@ -124,7 +124,7 @@ std::vector<storage::ComponentRow> find_components(const std::filesystem::path& 
   return components;
 }
 
-ComponentFinder::ComponentFinder(const std::vector<storage::ComponentRow>& components) {
+ComponentFinder::ComponentFinder(const std::vector<index::ComponentRow>& components) {
   for (std::size_t i = 0; i < components.size(); ++i) by_path_.emplace(components[i].path, i);
 }
 

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "storage/index_writer.h"
+#include "index/index_writer.h"
 
 namespace tarnwick::indexing {
 
@@ -23,13 +23,13 @@ std::string package_name(std::string_view manifest_path, const std::string& text
 /// A component for each directory with a manifest, named by the manifest or else by its directory, and, for
 /// files outside of them all, one for each top-level folder. `files` are the indexed files and the manifests,
 /// by path.
-std::vector<storage::ComponentRow> find_components(const std::filesystem::path& root,
-                                                   const std::vector<std::string>& files);
+std::vector<index::ComponentRow> find_components(const std::filesystem::path& root,
+                                                 const std::vector<std::string>& files);
 
 /// Finds the innermost component of a path.
 class ComponentFinder {
  public:
-  explicit ComponentFinder(const std::vector<storage::ComponentRow>& components);
+  explicit ComponentFinder(const std::vector<index::ComponentRow>& components);
   std::optional<std::size_t> operator()(std::string_view path) const;
 
  private:

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "indexing/git_files.h"
+#include "git/git_files.h"
 #include "indexing/indexer_skips.h"
 
 namespace tarnwick::indexing {
@@ -36,14 +36,14 @@ std::vector<std::string> with_those_below(const fs::path& root, std::string dire
 /// below has rules as well.
 std::vector<std::string> open_directories(const fs::path& repository, bool include_ignored) {
   const std::optional<std::vector<std::string>> outermost =
-      git_untracked_directories(repository, include_ignored);
+      git::git_untracked_directories(repository, include_ignored);
   if (!outermost) return with_those_below(repository, "");
   std::vector<std::string> found;
   for (const std::string& directory : *outermost) {
     for (std::string& below : with_those_below(repository, directory)) found.push_back(std::move(below));
   }
   if (include_ignored || found.empty()) return found;
-  const Directories ignored = git_ignored(repository, found);
+  const Directories ignored = git::git_ignored(repository, found);
   std::erase_if(found, [&](const std::string& directory) { return ignored.contains(directory); });
   return found;
 }

@@ -16,9 +16,9 @@
 #include <memory>
 #include <system_error>
 
-#include "indexing/git_files.h"
+#include "files/source_text.h"
+#include "git/git_files.h"
 #include "indexing/indexer_skips.h"
-#include "storage/source_text.h"
 #include "text/surrogates.h"
 
 namespace tarnwick::indexing {
@@ -88,7 +88,7 @@ class Walk {
   /// work tree.
   void list_repository(const std::string& prefix) {
     const std::optional<std::vector<std::string>> files =
-        git_files(options_.root / prefix, options_.include_ignored);
+        git::git_files(options_.root / prefix, options_.include_ignored);
     // git has nothing to say about a directory that is itself ignored; whoever names it wants its files.
     if (!files || files->empty()) return list_plainly(prefix);
     for (const std::string& file : *files) visit(prefix + file);
@@ -167,7 +167,7 @@ class Walk {
       entry.skip = skips::NOT_REGULAR;
     } else if (options_.is_unsupported(entry.path)) {
       entry.skip = skips::UNSUPPORTED;
-    } else if (static_cast<std::size_t>(status.st_size) > storage::MAX_FILE_SIZE) {
+    } else if (static_cast<std::size_t>(status.st_size) > files::MAX_FILE_SIZE) {
       entry.skip = skips::TOO_LARGE;
     }
     return true;
@@ -195,8 +195,8 @@ std::vector<TreeEntry> walk_tree(const WalkOptions& options) {
   return Walk(options).run();
 }
 
-storage::FileStat file_stat(const struct ::stat& status, std::int64_t read_at_ns) {
-  storage::FileStat result{static_cast<std::int64_t>(status.st_size), nanoseconds(status.st_mtim), 0};
+index::FileStat file_stat(const struct ::stat& status, std::int64_t read_at_ns) {
+  index::FileStat result{static_cast<std::int64_t>(status.st_size), nanoseconds(status.st_mtim), 0};
   const std::int64_t tick = status.st_mtim.tv_nsec == 0 ? COARSE_TICK_NS : FINE_TICK_NS;
   if (result.mtime_ns > read_at_ns - tick && result.mtime_ns < read_at_ns + tick) return result;
   const std::array<std::uint64_t, 2> rest = {static_cast<std::uint64_t>(nanoseconds(status.st_ctim)),

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "storage/file_record.h"
+#include "index/file_record.h"
 
 namespace tarnwick::indexing {
 
@@ -23,9 +23,9 @@ struct WalkOptions {
 
 /// A file of the tree, or a directory that was not entered.
 struct TreeEntry {
-  std::string path;        ///< relative to the root, as text (text/surrogates.h)
-  storage::FileStat stat;  ///< of a file to be indexed
-  std::string_view skip;   ///< a reason of skips, or empty: to be indexed
+  std::string path;       ///< relative to the root, as text (text/surrogates.h)
+  index::FileStat stat;   ///< of a file to be indexed
+  std::string_view skip;  ///< a reason of skips, or empty: to be indexed
 };
 
 /// Lists a tree by path, each file once. Within a git work tree git says what is ignored (nested files,
@@ -39,6 +39,6 @@ std::vector<TreeEntry> walk_tree(const WalkOptions& options);
 
 /// The stats of a file as they are stored; `read_at_ns` is the time before it was read. A file that changed
 /// so shortly before that its next change may show the same time gets a stamp of 0.
-storage::FileStat file_stat(const struct ::stat& status, std::int64_t read_at_ns);
+index::FileStat file_stat(const struct ::stat& status, std::int64_t read_at_ns);
 
 }  // namespace tarnwick::indexing

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <string>
 
+#include "index/errors.h"
 #include "mcp/output_schema.h"
-#include "storage/errors.h"
 #include "text/surrogates.h"
 
 namespace tarnwick::mcp {
@@ -59,7 +59,7 @@ bool leads_to(const std::string& path, const std::filesystem::path& root) {
 /// calls.
 template <class Work>
 Json renewing_damaged(Source& source, const Work& work) {
-  using storage::IndexError;
+  using index::IndexError;
   try {
     return work();
   } catch (const IndexError& error) {

@@ -6,15 +6,15 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/deep_symbols.h"
-#include "cli/json.h"
-#include "cli/messages.h"
 #include "mcp/confined_repository.h"
-#include "storage/reference_list.h"
+#include "output/json.h"
+#include "output/messages.h"
+#include "resolution/reference_list.h"
+#include "retrieval/task_words.h"
+#include "service/deep_symbols.h"
 #include "tarnwick/workers/context_builder.h"
 #include "text/surrogates.h"
 #include "text/utf8.h"
-#include "workers/retrieval/query.h"
 
 namespace tarnwick::mcp {
 namespace {
@@ -37,7 +37,7 @@ class LogSink final : public Logger {
 
   void warning(std::string_view message, std::string_view argument,
                const std::exception_ptr& error) override {
-    if (!call_.over()) spdlog::warn("{}", cli::warning_text(message, argument, error));
+    if (!call_.over()) spdlog::warn("{}", output::warning_text(message, argument, error));
   }
 
  private:
@@ -104,7 +104,7 @@ BuildOptions build_options(const Source& source, const TaskArguments& task) {
   options.prefer_kinds = texts(task.prefer_kinds);
   options.source_only = task.source_only;
   options.wide_match = task.wide_match;
-  cli::ask_for_bodies(texts(task.deep_fqns), options);
+  service::ask_for_bodies(texts(task.deep_fqns), options);
   return options;
 }
 
@@ -121,7 +121,7 @@ SeedSymbols seeds_of(const View& view, const TaskArguments& task, const Indexing
 }
 
 void note_missing_bodies(const View& view, const TaskArguments& task, ContextPack& pack) {
-  for (const std::string& line : cli::missing_bodies(view.repository(), texts(task.deep_fqns), pack))
+  for (const std::string& line : service::missing_bodies(view.repository(), texts(task.deep_fqns), pack))
     pack.notes.emplace_back("deep_fqns: " + line);
 }
 
@@ -153,17 +153,17 @@ std::string_view fitting(std::string_view body) {
 }
 
 Json reference_json(const Reference& reference) {
-  Json json = {{"usage_type", cli::to_json(reference.usage_type())}};
+  Json json = {{"usage_type", output::to_json(reference.usage_type())}};
   if (const std::optional<CallerSymbol> caller = reference.caller_symbol()) {
-    if (has_text(caller->fqn)) json["caller"] = cli::to_json(caller->fqn);
-    if (has_text(caller->kind)) json["caller_kind"] = cli::to_json(caller->kind);
+    if (has_text(caller->fqn)) json["caller"] = output::to_json(caller->fqn);
+    if (has_text(caller->kind)) json["caller_kind"] = output::to_json(caller->kind);
   }
-  const auto* const placed = dynamic_cast<const storage::PlacedReference*>(&reference);
+  const auto* const placed = dynamic_cast<const resolution::PlacedReference*>(&reference);
   if (const OptionalText path = placed == nullptr ? std::nullopt : placed->path()) {
-    json["file"] = cli::to_json(path);
+    json["file"] = output::to_json(path);
     json["line"] = placed->line();
   }
-  if (const OptionalText context = reference.context()) json["context"] = cli::to_json(context);
+  if (const OptionalText context = reference.context()) json["context"] = output::to_json(context);
   return json;
 }
 
@@ -211,7 +211,7 @@ ContextPack pack_of(const ContextBuilder& builder, const Repository& repository,
 }
 
 Json symbol_json(const ContextPack& pack, const Entry& entry, const References& references) {
-  Json json = cli::to_json(entry);
+  Json json = output::to_json(entry);
   json.erase("snippet");
   json["end_line"] = entry.symbol->end_line();
   const std::string_view body = fitting(entry.snippet);
@@ -221,13 +221,13 @@ Json symbol_json(const ContextPack& pack, const Entry& entry, const References& 
   json["references"] = references_json(references);
   json["references_total"] = references.total;
   json["tests"] = Json::array();
-  for (const TestRow& row : pack.tests) json["tests"].push_back(cli::to_json(row.file));
+  for (const TestRow& row : pack.tests) json["tests"].push_back(output::to_json(row.file));
   return json;
 }
 
-Json languages_json(const storage::IndexStatus& status) {
+Json languages_json(const index::IndexStatus& status) {
   Json json = Json::array();
-  for (const storage::LanguageStatus& language : status.languages) {
+  for (const index::LanguageStatus& language : status.languages) {
     json.push_back({{"language", language.language},
                     {"files", language.files},
                     {"symbols", language.symbols},
@@ -237,21 +237,21 @@ Json languages_json(const storage::IndexStatus& status) {
   return json;
 }
 
-Json components_json(const storage::IndexStatus& status) {
-  std::vector<storage::ComponentStatus> largest = status.components;
+Json components_json(const index::IndexStatus& status) {
+  std::vector<index::ComponentStatus> largest = status.components;
   std::stable_sort(largest.begin(), largest.end(),
                    [](const auto& a, const auto& b) { return a.files > b.files; });
   Json json = Json::array();
-  for (const storage::ComponentStatus& component : largest) {
+  for (const index::ComponentStatus& component : largest) {
     if (json.size() == MOST_COMPONENTS) break;
-    json.push_back({{"name", cli::to_json(Text(component.name))},
-                    {"path", cli::to_json(Text(component.path))},
+    json.push_back({{"name", output::to_json(Text(component.name))},
+                    {"path", output::to_json(Text(component.path))},
                     {"files", component.files}});
   }
   return json;
 }
 
-void add_contents(const storage::IndexStatus& status, Json& json) {
+void add_contents(const index::IndexStatus& status, Json& json) {
   if (status.indexed_at) json["indexed_at"] = *status.indexed_at;
   if (status.git_head) json["git_head"] = *status.git_head;
   json["languages"] = languages_json(status);
@@ -286,7 +286,7 @@ Json build_pack(Source& source, const TaskArguments& task, const Call& call) {
     note_too_dear(least_cost, pack);
     note_failure(indexing, pack);
     call.report(STEPS, STEPS, "Done");
-    return cli::to_json(pack);
+    return output::to_json(pack);
   } catch (const UnknownComponent& error) {
     const std::string near = listed(view->components_near(*task.component_filter));
     throw BadArguments(error.message() +
@@ -308,11 +308,11 @@ Json show_symbol(Source& source, const SymbolArguments& symbol, const Call& call
   const ContextPack pack = pack_of(builder, repository, found.front(), source);
   Json json = symbol_json(pack, pack.symbols.at(0), repository.get_references(found.front()->fqn()));
   for (auto other = found.begin() + 1; other != found.end(); ++other) {
-    json["others"].push_back({{"kind", cli::to_json((*other)->kind())},
+    json["others"].push_back({{"kind", output::to_json((*other)->kind())},
                               {"file", path_of(**other, *paths)},
                               {"line", (*other)->start_line()}});
   }
-  if (!pack.notes.empty()) json["notes"] = Json::array({cli::to_json(pack.notes.front())});
+  if (!pack.notes.empty()) json["notes"] = Json::array({output::to_json(pack.notes.front())});
   json["indexing_in_progress"] = indexing.in_progress;
   json["progress"] = indexing.progress;
   return json;
@@ -321,7 +321,7 @@ Json show_symbol(Source& source, const SymbolArguments& symbol, const Call& call
 Json show_status(Source& source, const Call& call) {
   const Indexing indexing = source.refresh(call);
   Json json = {{"repository", source.name()},
-               {"root", cli::to_json(Text(text::from_os(source.root().native())))},
+               {"root", output::to_json(Text(text::from_os(source.root().native())))},
                {"indexing_in_progress", indexing.in_progress},
                {"progress", indexing.progress}};
   if (indexing.failure) json["failure"] = *indexing.failure;

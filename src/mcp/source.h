@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "index/index_status.h"
 #include "mcp/call.h"
-#include "storage/index_status.h"
 #include "tarnwick/storage/repository.h"
 #include "tarnwick/workers/retrieval.h"
 
@@ -32,7 +32,7 @@ class View {
   /// Names and paths of components that resemble `name`, best first.
   virtual std::vector<std::string> components_near(std::string_view name) const = 0;
   /// Nothing before there is an index.
-  virtual std::optional<storage::IndexStatus> status() const = 0;
+  virtual std::optional<index::IndexStatus> status() const = 0;
 };
 
 /// How far the index of a repository is. Taken before a view of it, which then never holds less.

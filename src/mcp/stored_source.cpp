@@ -12,12 +12,12 @@
 #include <system_error>
 #include <utility>
 
+#include "index/errors.h"
+#include "index/index_file.h"
+#include "index/index_status.h"
 #include "indexing/history_store.h"
 #include "indexing/tree_directories.h"
 #include "mcp/stored_view.h"
-#include "storage/errors.h"
-#include "storage/index_file.h"
-#include "storage/index_status.h"
 #include "text/surrogates.h"
 
 namespace tarnwick::mcp {
@@ -46,20 +46,20 @@ constexpr int NICE = 5;
 
 bool has_whole_index(const std::filesystem::path& file) {
   try {
-    return storage::indexing_progress(*storage::open_for_reading(file)) == 100;
-  } catch (const storage::IndexError&) {
+    return index::indexing_progress(*index::open_for_reading(file)) == 100;
+  } catch (const index::IndexError&) {
     return false;  // the update makes one, or tells why it cannot
   }
 }
 
-bool matters(const indexing::Extractor& extractor, std::string_view path) {
+bool matters(const facts::Extractor& extractor, std::string_view path) {
   return path.ends_with(".gitignore") || indexing::may_matter(extractor, path);
 }
 
 /// The directories of the files in the index, and those around them.
 indexing::Directories indexed_directories(const std::filesystem::path& index_file) {
   indexing::Directories directories = {""};
-  const auto connection = storage::open_for_reading(index_file);
+  const auto connection = index::open_for_reading(index_file);
   connection->guard([&] {
     SQLite::Statement& query = connection->prepare("SELECT path FROM files");
     while (query.executeStep()) {
@@ -270,8 +270,8 @@ void StoredSource::look_at_files(const std::stop_token& stop) {
 }
 
 void StoredSource::set_damaged_aside(const std::stop_token& stop) {
-  const storage::WriterLock lock(update_.index_file, stop);
-  const std::filesystem::path kept = storage::set_aside(update_.index_file);
+  const index::WriterLock lock(update_.index_file, stop);
+  const std::filesystem::path kept = index::set_aside(update_.index_file);
   spdlog::warn("{}: the index is damaged; kept as {}, indexing anew", name_, kept.string());
 }
 

@@ -11,10 +11,10 @@
 #include <string>
 #include <thread>
 
+#include "index/read_pool.h"
 #include "indexing/indexer.h"
 #include "mcp/file_watch.h"
 #include "mcp/source.h"
-#include "storage/read_pool.h"
 
 namespace tarnwick::mcp {
 
@@ -57,7 +57,7 @@ class StoredSource final : public Source {
 
   std::string name_;
   indexing::IndexOptions update_;
-  storage::ReadPool pool_;
+  index::ReadPool pool_;
   FileWatch watch_;
   int wake_;  ///< an eventfd that ends the thread's waits
 

@@ -5,9 +5,9 @@
 #include <unordered_map>
 #include <utility>
 
-#include "storage/errors.h"
-#include "storage/stored_repository.h"
-#include "workers/retrieval/index_retriever.h"
+#include "index/errors.h"
+#include "repository/stored_repository.h"
+#include "retrieval/index_retriever.h"
 
 namespace tarnwick::mcp {
 namespace {
@@ -21,7 +21,7 @@ int is_over(void* call) {
 
 class StoredView final : public View {
  public:
-  StoredView(std::shared_ptr<storage::Connection> connection, const std::filesystem::path& root,
+  StoredView(std::shared_ptr<index::Connection> connection, const std::filesystem::path& root,
              const Call& call)
       : repository_(std::move(connection), root), retriever_(repository_) {
     // The handler only reads; the interface takes a pointer without const.
@@ -37,12 +37,12 @@ class StoredView final : public View {
   std::vector<std::string> components_near(std::string_view name) const override {
     return repository_.components_near(name);
   }
-  std::optional<storage::IndexStatus> status() const override {
-    return storage::index_status(repository_.connection());
+  std::optional<index::IndexStatus> status() const override {
+    return index::index_status(repository_.connection());
   }
 
  private:
-  storage::StoredRepository repository_;
+  repository::StoredRepository repository_;
   retrieval::IndexRetriever retriever_;
 };
 
@@ -101,7 +101,7 @@ class EmptyView final : public View {
   const HybridRetriever* retriever() const override { return nullptr; }
   std::vector<SymbolPtr> symbols_by_fqn(const Text& /*fqn*/) const override { return {}; }
   std::vector<std::string> components_near(std::string_view /*name*/) const override { return {}; }
-  std::optional<storage::IndexStatus> status() const override { return std::nullopt; }
+  std::optional<index::IndexStatus> status() const override { return std::nullopt; }
 
  private:
   EmptyRepository repository_;
@@ -109,12 +109,11 @@ class EmptyView final : public View {
 
 }  // namespace
 
-std::unique_ptr<View> open_view(storage::ReadPool& pool, const std::filesystem::path& root,
-                                const Call& call) {
+std::unique_ptr<View> open_view(index::ReadPool& pool, const std::filesystem::path& root, const Call& call) {
   try {
     return std::make_unique<StoredView>(pool.take(), root, call);
-  } catch (const storage::IndexError& error) {
-    if (error.kind() != storage::IndexError::Kind::missing) throw;
+  } catch (const index::IndexError& error) {
+    if (error.kind() != index::IndexError::Kind::missing) throw;
     return std::make_unique<EmptyView>();
   }
 }

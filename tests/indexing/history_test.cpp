@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "storage/index_dump.h"
-#include "storage/indexed_tree.h"
-#include "storage/past_commits.h"
-#include "workers/retrieval/index_retriever.h"
+#include "index/index_dump.h"
+#include "index/past_commits.h"
+#include "retrieval/index_retriever.h"
+#include "support/indexed_tree.h"
 
 namespace tarnwick::indexing {
 namespace {
@@ -49,16 +49,16 @@ class HistoryTest : public ::testing::Test {
   }
   std::vector<std::string> subjects() const {
     std::vector<std::string> result;
-    storage::Connection connection(tree.index_file(), storage::Connection::Mode::read);
-    const storage::PastCommits history = storage::read_commits(connection);
-    for (const storage::PastCommit& commit : history.commits) {
+    index::Connection connection(tree.index_file(), index::Connection::Mode::read);
+    const index::PastCommits history = index::read_commits(connection);
+    for (const index::PastCommit& commit : history.commits) {
       std::string& subject = result.emplace_back();
       for (const std::uint32_t word : commit.words) subject.append(history.texts.word(word)).append(1, ' ');
     }
     return result;
   }
   retrieval::Signals signals_of(const std::string& task, const std::string& fqn) const {
-    const storage::StoredRepository repository = tree.open();
+    const repository::StoredRepository repository = tree.open();
     const std::int64_t id = *repository.get_symbol_by_fqn(fqn)->id();
     for (const auto& hit : retrieval::IndexRetriever(repository).explain(task, 100, false).hits)
       if (hit.symbol_id == id) return hit.signals;
@@ -107,7 +107,7 @@ TEST_F(HistoryTest, ARewrittenPastReplacesTheKnownOne) {
 
 TEST_F(HistoryTest, ADamagedHistoryIsReadAnew) {
   update();
-  storage::Connection(tree.index_file(), storage::Connection::Mode::write)
+  index::Connection(tree.index_file(), index::Connection::Mode::write)
       .execute("UPDATE history SET commits = x'28b52ffd0102'");
   write("src/other.toy", "pub fn unrelated\nmore()\nend\n");
   commit("Newest");
@@ -154,11 +154,11 @@ TEST_F(HistoryTest, PathsAreThoseBelowTheRoot) {
   tree.update();
   HistoryOptions below = options();
   below.root /= "src";
-  const auto head = head_commit(below.root, {});
+  const auto head = git::head_commit(below.root, {});
   ASSERT_TRUE(head);
-  const auto newest = list_commits(below.root, *head, 1, {});
+  const auto newest = git::list_commits(below.root, *head, 1, {});
   ASSERT_TRUE(newest);
-  EXPECT_THAT(read_commits(below.root, *newest, {})[0].files, ElementsAre("pool.toy"));
+  EXPECT_THAT(git::read_commits(below.root, *newest, {})[0].files, ElementsAre("pool.toy"));
 }
 
 TEST_F(HistoryTest, GivesUpInTimeAndGoesOnLater) {
@@ -175,7 +175,7 @@ TEST(History, IsNoErrorWhereThereIsNone) {
   tree.update();
   const HistoryReport report = update_history({.root = tree.root(), .index_file = tree.index_file()});
   EXPECT_EQ(report.commits, 0);
-  const storage::StoredRepository repository = tree.open();
+  const repository::StoredRepository repository = tree.open();
   EXPECT_FALSE(retrieval::IndexRetriever(repository).retrieve("a", 25, false).note);
 }
 

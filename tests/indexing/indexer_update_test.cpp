@@ -6,10 +6,10 @@
 #include <random>
 #include <thread>
 
-#include "storage/index_dump.h"
-#include "storage/index_file.h"
-#include "storage/index_status.h"
-#include "storage/indexed_tree.h"
+#include "index/index_dump.h"
+#include "index/index_file.h"
+#include "index/index_status.h"
+#include "support/indexed_tree.h"
 
 namespace tarnwick::testing {
 namespace {
@@ -173,7 +173,7 @@ TEST(IndexerUpdate, LeavesOutWhatIsNoSourceAndSaysWhy) {
   tree.update();
   const auto repository = tree.open();
   std::vector<std::string> lines;
-  for (const auto& file : storage::skipped_files(repository.connection()))
+  for (const auto& file : index::skipped_files(repository.connection()))
     lines.push_back(file.reason + ": " + file.path);
   EXPECT_THAT(lines,
               ElementsAre("binary: zero.toy", "generated: made.toy", "minified: one-line.toy",
@@ -214,7 +214,7 @@ TEST(IndexerUpdate, AnInterruptLeavesTheOlderStateOrAStartedOne) {
     return tree.update([&](IndexOptions& options) { options.stop = source.get_token(); }, &progress);
   };
   EXPECT_TRUE(stop_at(5).interrupted);
-  const std::int64_t progress = storage::indexing_progress(tree.open().connection());
+  const std::int64_t progress = index::indexing_progress(tree.open().connection());
   EXPECT_GT(progress, 0);
   EXPECT_LT(progress, 100);
   tree.update();

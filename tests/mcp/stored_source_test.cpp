@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <thread>
 
+#include "index/index_file.h"
 #include "mcp/confined_repository.h"
-#include "storage/index_file.h"
-#include "storage/indexed_tree.h"
+#include "support/indexed_tree.h"
 
 namespace tarnwick::testing {
 namespace {
@@ -15,7 +15,7 @@ namespace {
 using namespace std::chrono_literals;
 
 /// Takes its time over each file.
-class SlowExtractor final : public indexing::Extractor {
+class SlowExtractor final : public facts::Extractor {
  public:
   std::string version() const override { return inner_.version(); }
   std::string language_of(std::string_view path, std::optional<std::string_view> head) const override {
@@ -23,8 +23,8 @@ class SlowExtractor final : public indexing::Extractor {
   }
   bool is_source(std::string_view language) const override { return inner_.is_source(language); }
   bool is_test_path(std::string_view path) const override { return inner_.is_test_path(path); }
-  indexing::FileFacts extract(std::string_view path, std::string_view text,
-                              std::string_view language) const override {
+  facts::FileFacts extract(std::string_view path, std::string_view text,
+                           std::string_view language) const override {
     std::this_thread::sleep_for(2ms);
     return inner_.extract(path, text, language);
   }
@@ -126,7 +126,7 @@ TEST_F(StoredSourceTest, WaitsOnceForAnotherThatWrites) {
   tree_.write("a.toy", "fn one\nend\n");
   mcp::StoredSource source = this->source(true);
   progress_of(source);
-  const storage::WriterLock lock(tree_.index_file(), {});
+  const index::WriterLock lock(tree_.index_file(), {});
   tree_.write("a.toy", "fn other\nend\n");
   source.refresh(call());
   const auto start = mcp::Call::Clock::now();
@@ -152,7 +152,7 @@ TEST_F(StoredSourceTest, ReadsNoLineOfAReferenceOutside) {
   tree_.write("a.toy", "fn target\nend\n");
   tree_.write("near/user.toy", "fn user\ntarget()\nend\n");
   tree_.update();
-  const storage::StoredRepository stored = tree_.open();
+  const repository::StoredRepository stored = tree_.open();
   const mcp::ConfinedRepository repository(stored, tree_.root());
   const References references = repository.get_references("target");
   ASSERT_EQ(references.references.size(), 1U);

@@ -1,4 +1,4 @@
-#include "workers/retrieval/index_retriever.h"
+#include "retrieval/index_retriever.h"
 
 #include <gmock/gmock.h>
 
@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "storage/indexed_tree.h"
-#include "workers/retrieval/file_table.h"
-#include "workers/retrieval/text_search.h"
+#include "retrieval/file_table.h"
+#include "retrieval/text_search.h"
+#include "support/indexed_tree.h"
 
 namespace tarnwick::retrieval {
 namespace {
@@ -22,7 +22,7 @@ using ::testing::SizeIs;
 /// The qualified names of a ranking, best first.
 std::vector<std::string> ranked(const IndexedTree& tree, const std::string& task, bool include_tests = false,
                                 std::int64_t limit = 25) {
-  const storage::StoredRepository repository = tree.open();
+  const repository::StoredRepository repository = tree.open();
   std::vector<std::string> names;
   for (const HitPtr& hit : IndexRetriever(repository).retrieve(task, limit, include_tests).hits) {
     const auto symbols = repository.symbols_with_paths({hit->symbol_id()});
@@ -32,7 +32,7 @@ std::vector<std::string> ranked(const IndexedTree& tree, const std::string& task
 }
 
 Signals signals_of(const IndexedTree& tree, const std::string& task, const std::string& fqn) {
-  const storage::StoredRepository repository = tree.open();
+  const repository::StoredRepository repository = tree.open();
   const std::int64_t id = *repository.get_symbol_by_fqn(fqn)->id();
   for (const ExplainedHit& hit : IndexRetriever(repository).explain(task, 100, true).hits)
     if (hit.symbol_id == id) return hit.signals;
@@ -118,7 +118,7 @@ TEST_F(IndexRetrieverTest, SymbolsOfOneFileTakeTurnsWithOthers) {
 }
 
 TEST_F(IndexRetrieverTest, EqualScoresComeInOrderOfIds) {
-  const storage::StoredRepository repository = tree.open();
+  const repository::StoredRepository repository = tree.open();
   const ExplainedRanking ranking = IndexRetriever(repository).explain("acquire connection limit", 25, true);
   EXPECT_TRUE(std::ranges::is_sorted(ranking.hits, [](const ExplainedHit& a, const ExplainedHit& b) {
     return a.score != b.score ? a.score > b.score : a.symbol_id < b.symbol_id;
@@ -127,9 +127,8 @@ TEST_F(IndexRetrieverTest, EqualScoresComeInOrderOfIds) {
 }
 
 TEST_F(IndexRetrieverTest, NotesATableThatCannotBeAsked) {
-  storage::Connection(tree.index_file(), storage::Connection::Mode::write)
-      .execute("DROP TABLE search");
-  const storage::StoredRepository repository = tree.open();
+  index::Connection(tree.index_file(), index::Connection::Mode::write).execute("DROP TABLE search");
+  const repository::StoredRepository repository = tree.open();
   const RetrievalResult result = IndexRetriever(repository).retrieve("call check_limit()", 25, false);
   ASSERT_TRUE(result.note);
   EXPECT_THAT(std::string(result.note->view()), ::testing::HasSubstr("text index"));

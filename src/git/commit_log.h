@@ -1,0 +1,50 @@
+// What the past commits of a repository say: their subjects, the files they changed, and where in them.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "git/git_process.h"
+
+namespace tarnwick::git {
+
+/// A commit that is no merge.
+struct Commit {
+  std::string hash;
+  std::string subject;
+  std::vector<std::string>
+      files;  ///< that it changed, below the root and relative to it, as the index writes paths
+};
+
+/// Where a commit changed a file: the identifiers of the declarations that git names above the changed lines.
+struct Touched {
+  std::string file;
+  std::vector<std::string> names;  ///< each once
+};
+
+/// The commit checked out at `root`, which may lie anywhere in a working tree. Nothing where there is no git
+/// repository, no commit or no git.
+std::optional<std::string> head_commit(const std::filesystem::path& root, const Patience& patience);
+
+/// The hashes of the last `limit` commits that lead to `head`, newest first: a function of `head` alone.
+/// Nothing when git fails or patience is over.
+std::optional<std::vector<std::string>> list_commits(const std::filesystem::path& root,
+                                                     const std::string& head, std::size_t limit,
+                                                     const Patience& patience);
+
+/// The commits of `hashes`, in that order: as many as patience allows.
+std::vector<Commit> read_commits(const std::filesystem::path& root, const std::vector<std::string>& hashes,
+                                 const Patience& patience);
+
+/// Calls `visit` for each of `hashes` in turn, as far as patience allows, with what the commit touched below
+/// the root.
+void read_touched(const std::filesystem::path& root, const std::vector<std::string>& hashes,
+                  const Patience& patience,
+                  const std::function<void(const std::string& hash, std::vector<Touched> touched)>& visit);
+
+}  // namespace tarnwick::git

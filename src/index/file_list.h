@@ -1,0 +1,35 @@
+// The files of an index, in memory.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+
+#include "index/connection.h"
+
+namespace tarnwick::index {
+
+struct ListedFile {
+  std::string path;
+  std::uint64_t family = 0;  ///< equal for languages that can see each other's names
+  bool is_test = false;
+  bool is_source = false;
+};
+
+/// The files that were read, by id; a SharedFacts.
+class FileList {
+ public:
+  explicit FileList(Connection& connection);
+
+  /// Null for a file that was left out, and for an id that is none.
+  const ListedFile* find(std::int64_t id) const {
+    const auto found = files_.find(id);
+    return found == files_.end() ? nullptr : &found->second;
+  }
+  const std::unordered_map<std::int64_t, ListedFile>& all() const { return files_; }
+
+ private:
+  std::unordered_map<std::int64_t, ListedFile> files_;
+};
+
+}  // namespace tarnwick::index

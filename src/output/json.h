@@ -1,0 +1,19 @@
+// Packs as JSON values, for whoever sends them on inside something else.
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "tarnwick/workers/context_pack.h"
+
+namespace tarnwick::output {
+
+/// The serialised pack. Not const, as the serialised form shares the pack's sequences.
+nlohmann::ordered_json to_json(ContextPack& pack);
+
+/// One entry as it stands in a serialised pack.
+nlohmann::ordered_json to_json(const Entry& entry);
+
+/// A text; what is no valid UTF-8 becomes U+FFFD.
+nlohmann::ordered_json to_json(const OptionalText& text);
+
+}  // namespace tarnwick::output
