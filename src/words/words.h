@@ -16,8 +16,8 @@ inline constexpr std::size_t MAX_WORD_BYTES = 64;
 class WordSink {
  public:
   template <class Callable>
-  requires(!std::is_same_v<std::remove_cvref_t<Callable>, WordSink>) WordSink(
-      Callable&& callable)  // NOLINT(google-explicit-constructor,bugprone-forwarding-reference-overload)
+    requires(!std::is_same_v<std::remove_cvref_t<Callable>, WordSink>)
+  WordSink(Callable&& callable)  // NOLINT(google-explicit-constructor,bugprone-forwarding-reference-overload)
       : callable_(const_cast<void*>(static_cast<const void*>(std::addressof(callable)))),  // NOLINT
         call_([](void* target, std::string_view word) {
           (*static_cast<std::remove_reference_t<Callable>*>(target))(word);
