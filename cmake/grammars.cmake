@@ -1,6 +1,7 @@
 # The tree-sitter library and its grammars: fetched from the npm registry as cmake/grammars/package-lock.json pins them
 # (version and integrity hash; npm refuses a tarball that differs), without running any install script, and compiled into
-# static libraries. Fetched once for all presets, again only when the lock file changes.
+# static libraries. Fetched once for all presets, again only when the lock file changes. The grammar of JavaScript stays at
+# 0.23.1: the next one, 0.25.0, takes JSX attributes such as `class` for errors and `await (f())` for a call.
 set(TARNWICK_GRAMMARS_DIR ${PROJECT_SOURCE_DIR}/build/grammars CACHE PATH "Where the fetched grammars are kept")
 
 # tarnwick_third_party(TARGET): C optimised in every preset and without sanitizers, since debug builds, too, run it all the
