@@ -86,6 +86,16 @@ TEST(Extraction, FallsBackToPlainPatternsWhenTimeRunsOut) {
   EXPECT_EQ(facts.definitions[2].signature, "def last(x):");
 }
 
+// Scanners of these languages read on to the end of the text at each of its characters.
+TEST(Extraction, TimeRunsOutWithinATokenToo) {
+  const auto text = repeat(repeat("\\ ", 100) + "\n", 1500);
+  for (const auto* path : {"a.lua", "a.rb"}) {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(extract(language(path), text, path, {.time = std::chrono::milliseconds(50)}).is_fallback);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3)) << path;
+  }
+}
+
 TEST(Extraction, SameTextSameFactsFromAnyThread) {
   const std::string text =
       "export class A extends B { m(x) { return this.n(x) } }\nexport const f = () => new A()\n";
