@@ -266,7 +266,7 @@ std::optional<RawFacts> collect(const Language& language, const TSLanguage* gram
 FileFacts extract(const Language& language, const TSLanguage* grammar, const Query& query,
                   std::string_view folded_text, std::string_view path, const ExtractionLimits& limits) {
   const bool addressable = folded_text.size() < std::numeric_limits<std::uint32_t>::max();
-  auto raw = addressable && is_parsable(folded_text) ? collect(language, grammar, query, folded_text, limits)
+  auto raw = addressable && is_parsable(folded_text, language.max_unclosed_angles) ? collect(language, grammar, query, folded_text, limits)
                                                      : std::nullopt;
   if (!raw) return read_plainly(language, folded_text, path);
   return assemble(*std::move(raw), language, folded_text, path);

@@ -73,6 +73,44 @@ TEST(Extraction, HostileTextNeitherCrashesNorHangs) {
     }
 }
 
+struct NestingCase {
+  const char* paths;
+  std::string_view piece;
+  std::size_t times;
+};
+
+// Each nests deeper than 16 bits count, by nodes that no bracket opens.
+TEST(Extraction, DeepNestingWithoutBracketsIsParsed) {
+  for (const auto& [paths, piece, times] : std::initializer_list<NestingCase>{
+           {"a.js a.ts a.tsx a.java a.c a.cpp a.cs a.rs a.go a.kt a.scala", "!", 65'540},
+           {"a.js a.py a.rb a.java", "- ", 65'540},
+           {"a.c a.cpp a.rs a.go", "* ", 65'540},
+           {"a.ts", "[]", 75'000},
+           {"a.py", "\n a:", 75'000},
+           {"a.c a.cpp a.cs", "#if A\n", 59'000},
+           {"a.c a.cpp a.java a.ts", "a?", 100'000},
+           {"a.c a.cpp a.java a.cs", "a=", 100'000},
+           {"a.rb", "begin\n", 150'000},
+       }) {
+    const std::size_t per_line = 150;
+    const auto text = repeat(repeat(piece, per_line) + "\n", times / per_line + 1);
+    any_word(paths, [&](std::string_view path) {
+      EXPECT_FALSE(extract(language(path), text, path).is_fallback) << path << " " << piece;
+      return false;
+    });
+  }
+}
+
+// The library's memory for these grows with the square, within one step between two looks at the clock.
+TEST(Extraction, UnclosedTypeArgumentsAreReadPlainly) {
+  for (const auto* path : {"a.java", "a.cs"}) {
+    EXPECT_TRUE(extract(language(path), repeat("A<A<\n", 1001), path).is_fallback) << path;
+    EXPECT_FALSE(extract(language(path), repeat("A<A>\n", 1001), path).is_fallback) << path;
+    EXPECT_FALSE(extract(language(path), "int x = 1" + repeat(" << 1\n", 2001) + ";", path).is_fallback)
+        << path;
+  }
+}
+
 TEST(Extraction, FallsBackToPlainPatternsWhenTimeRunsOut) {
   const auto text = std::string("class First:\n    def method(self):\n") +
                     repeat("        f((1, 2), [3])\n", 200'000) + "def last(x):\n    pass\n";
