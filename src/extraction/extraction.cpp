@@ -4,6 +4,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "extraction/assembly.h"
 #include "extraction/attribute_macros.h"
@@ -197,15 +198,51 @@ class Collector {
   RawFacts facts_;
 };
 
+/// Hands a text to the parser and stops it at the deadline.
+class TimedText {
+ public:
+  TimedText(std::string_view text, Clock::time_point deadline) : text_(text), deadline_(deadline) {}
+
+  /// The parser looks at its progress only between tokens, and a scanner may read the rest of the text at
+  /// each character of a token that is none. So each read, too, looks at the clock, and hands out only so
+  /// much at a time that one is due soon.
+  TSInput input() {
+    return {.payload = this, .read = read, .encoding = TSInputEncodingUTF8, .decode = nullptr};
+  }
+  TSParseOptions options() { return {.payload = this, .progress_callback = must_stop}; }
+
+  bool was_stopped() const { return stopped_; }
+
+ private:
+  static const char* read(void* self, std::uint32_t start, TSPoint /*point*/, std::uint32_t* size) {
+    constexpr std::size_t BYTES_PER_READ = 4096;
+    auto& timed = *static_cast<TimedText*>(self);
+    const bool ends = start >= timed.text_.size() || timed.is_late();
+    const auto piece = ends ? std::string_view("") : timed.text_.substr(start, BYTES_PER_READ);
+    *size = static_cast<std::uint32_t>(piece.size());
+    return piece.data();
+  }
+  static bool must_stop(TSParseState* state) { return static_cast<TimedText*>(state->payload)->is_late(); }
+
+  bool is_late() {
+    stopped_ = stopped_ || Clock::now() > deadline_;
+    return stopped_;
+  }
+
+  std::string_view text_;
+  Clock::time_point deadline_;
+  bool stopped_ = false;
+};
+
 /// Null when the time did not suffice.
 Owned<TSTree> parse(const TSLanguage* grammar, std::string_view text, const ExtractionLimits& limits) {
   // A parser keeps the memory of its last parse for the next.
   thread_local const Owned<TSParser> parser(ts_parser_new());
   if (!ts_parser_set_language(parser.get(), grammar)) return nullptr;
-  ts_parser_reset(parser.get());
-  ts_parser_set_timeout_micros(parser.get(), static_cast<std::uint64_t>(limits.time.count()));
-  return Owned<TSTree>(
-      ts_parser_parse_string(parser.get(), nullptr, text.data(), static_cast<std::uint32_t>(text.size())));
+  TimedText timed(text, Clock::now() + limits.time);
+  Owned<TSTree> tree(ts_parser_parse_with_options(parser.get(), nullptr, timed.input(), timed.options()));
+  ts_parser_reset(parser.get());  // frees what a parse that was stopped would go on with
+  return timed.was_stopped() ? nullptr : std::move(tree);
 }
 
 /// Nothing when the time did not suffice.
@@ -234,7 +271,7 @@ facts::FileFacts extract(const languages::Language& language, const TSLanguage* 
                          const languages::Query& query, std::string_view folded_text, std::string_view path,
                          const ExtractionLimits& limits) {
   const bool addressable = folded_text.size() < std::numeric_limits<std::uint32_t>::max();
-  auto raw = addressable && is_parsable(folded_text) ? collect(language, grammar, query, folded_text, limits)
+  auto raw = addressable && is_parsable(folded_text, language.max_unclosed_angles) ? collect(language, grammar, query, folded_text, limits)
                                                      : std::nullopt;
   if (!raw) return read_plainly(language, folded_text, path);
   return assemble(*std::move(raw), language, folded_text, path);

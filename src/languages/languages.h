@@ -41,6 +41,7 @@ struct Language {
   bool upper_case_constants = false;       ///< an all-upper-case variable is a constant
   bool has_attribute_macros = false;       ///< attribute_macros.h
   bool lines_end_members = false;          ///< in braces, the end of a line parts members as a semicolon does
+  int max_unclosed_angles = 30'000;        ///< guards.h; fewer where a `<` may begin type arguments anywhere
   bool is_document = false;  ///< documentation or data: found only by searches beyond source code
 };
 

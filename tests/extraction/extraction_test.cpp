@@ -73,6 +73,44 @@ TEST(Extraction, HostileTextNeitherCrashesNorHangs) {
     }
 }
 
+struct NestingCase {
+  const char* paths;
+  std::string_view piece;
+  std::size_t times;
+};
+
+// Each nests deeper than 16 bits count, by nodes that no bracket opens.
+TEST(Extraction, DeepNestingWithoutBracketsIsParsed) {
+  for (const auto& [paths, piece, times] : std::initializer_list<NestingCase>{
+           {"a.js a.ts a.tsx a.java a.c a.cpp a.cs a.rs a.go a.kt a.scala", "!", 65'540},
+           {"a.js a.py a.rb a.java", "- ", 65'540},
+           {"a.c a.cpp a.rs a.go", "* ", 65'540},
+           {"a.ts", "[]", 75'000},
+           {"a.py", "\n a:", 75'000},
+           {"a.c a.cpp a.cs", "#if A\n", 59'000},
+           {"a.c a.cpp a.java a.ts", "a?", 100'000},
+           {"a.c a.cpp a.java a.cs", "a=", 100'000},
+           {"a.rb", "begin\n", 150'000},
+       }) {
+    const std::size_t per_line = 150;
+    const auto text = repeat(repeat(piece, per_line) + "\n", times / per_line + 1);
+    any_word(paths, [&](std::string_view path) {
+      EXPECT_FALSE(extract(language(path), text, path).is_fallback) << path << " " << piece;
+      return false;
+    });
+  }
+}
+
+// The library's memory for these grows with the square, within one step between two looks at the clock.
+TEST(Extraction, UnclosedTypeArgumentsAreReadPlainly) {
+  for (const auto* path : {"a.java", "a.cs"}) {
+    EXPECT_TRUE(extract(language(path), repeat("A<A<\n", 1001), path).is_fallback) << path;
+    EXPECT_FALSE(extract(language(path), repeat("A<A>\n", 1001), path).is_fallback) << path;
+    EXPECT_FALSE(extract(language(path), "int x = 1" + repeat(" << 1\n", 2001) + ";", path).is_fallback)
+        << path;
+  }
+}
+
 TEST(Extraction, FallsBackToPlainPatternsWhenTimeRunsOut) {
   const auto text = std::string("class First:\n    def method(self):\n") +
                     repeat("        f((1, 2), [3])\n", 200'000) + "def last(x):\n    pass\n";
@@ -84,6 +122,16 @@ TEST(Extraction, FallsBackToPlainPatternsWhenTimeRunsOut) {
   EXPECT_EQ(facts.definitions[1].start_line, 2);
   EXPECT_EQ(facts.definitions[1].end_line, 200'002);
   EXPECT_EQ(facts.definitions[2].signature, "def last(x):");
+}
+
+// Scanners of these languages read on to the end of the text at each of its characters.
+TEST(Extraction, TimeRunsOutWithinATokenToo) {
+  const auto text = repeat(repeat("\\ ", 100) + "\n", 1500);
+  for (const auto* path : {"a.lua", "a.rb"}) {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(extract(language(path), text, path, {.time = std::chrono::milliseconds(50)}).is_fallback);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3)) << path;
+  }
 }
 
 TEST(Extraction, SameTextSameFactsFromAnyThread) {

@@ -23,4 +23,5 @@ namespace Acme.Tools
     public enum Color { Red, Green = 2 }
     public record Point(int X, int Y);
     public struct Pair { public int A; }
+    internal sealed class Marker(int value) : Base(value);
 }

@@ -49,6 +49,9 @@ func (t *T[K]) Get(
 ) (err error) {
 	v := 1
 	fmt.Println(a)
+	for i := range table[row][v] {
+		table[row][v][i] = a
+	}
 	return t.other(func() {})
 }
 func gen[T any](x T) {}
