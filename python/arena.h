@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "strings.h"
-#include "workers/context_builder/flat_map.h"
+#include "util/flat_map.h"
 
 namespace tarnwick::python {
 
