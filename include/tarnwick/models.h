@@ -119,7 +119,8 @@ struct CallerSymbol {
   OptionalText name;
 };
 
-/// A place that uses a symbol, read member by member as Symbol is.
+/// A place that uses a symbol, read member by member as Symbol is. A build reads no place; hosts that list
+/// references do.
 class Reference {
  public:
   Reference() = default;
@@ -133,9 +134,25 @@ class Reference {
   virtual std::optional<CallerSymbol> caller_symbol() const = 0;
   /// The referencing line.
   virtual OptionalText context() const = 0;
+  /// The repository path of the file that holds it; absent when it is unknown or not to be told.
+  virtual OptionalText path() const { return std::nullopt; }
+  /// The line in that file, from 1; absent when unknown.
+  virtual std::optional<std::int64_t> line() const { return std::nullopt; }
 };
 
 using ReferencePtr = std::shared_ptr<const Reference>;
+
+/// The members of a reference as plain values.
+struct ReferenceFields {
+  Text usage_type = {};
+  std::optional<CallerSymbol> caller_symbol = std::nullopt;
+  OptionalText context = std::nullopt;
+  OptionalText path = std::nullopt;
+  std::optional<std::int64_t> line = std::nullopt;
+};
+
+/// A reference that answers from `fields`; never null, safe to read from several threads.
+ReferencePtr make_reference(ReferenceFields fields);
 
 /// What a test has to do with one source file.
 class FileTest {

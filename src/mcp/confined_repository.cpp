@@ -4,7 +4,6 @@
 #include <optional>
 #include <unordered_map>
 
-#include "storage/reference_list.h"
 #include "text/surrogates.h"
 
 namespace tarnwick::mcp {
@@ -38,7 +37,7 @@ class ConfinedPaths final : public PathMap {
 };
 
 /// Asks for the place when the line is asked for, as most are not.
-class ConfinedReference final : public storage::PlacedReference {
+class ConfinedReference final : public Reference {
  public:
   ConfinedReference(ReferencePtr inner, fs::path root) : inner_(std::move(inner)), root_(std::move(root)) {}
 
@@ -46,14 +45,10 @@ class ConfinedReference final : public storage::PlacedReference {
   std::optional<CallerSymbol> caller_symbol() const override { return inner_->caller_symbol(); }
   OptionalText context() const override { return path() ? inner_->context() : std::nullopt; }
   OptionalText path() const override {
-    const auto* const placed = dynamic_cast<const storage::PlacedReference*>(inner_.get());
-    OptionalText path = placed == nullptr ? std::nullopt : placed->path();
+    OptionalText path = inner_->path();
     return path && lies_inside(root_, path->view()) ? path : std::nullopt;
   }
-  std::int64_t line() const override {
-    const auto* const placed = dynamic_cast<const storage::PlacedReference*>(inner_.get());
-    return placed == nullptr ? 0 : placed->line();
-  }
+  std::optional<std::int64_t> line() const override { return inner_->line(); }
 
  private:
   ReferencePtr inner_;

@@ -12,8 +12,8 @@ namespace tarnwick::mcp {
 
 /// Passes everything on but the paths of files that do not lie inside `root`, and the lines of references in
 /// them: a symbolic link that took a file's or a directory's place, or an index that names what it should
-/// not, gives symbols and references without a path, which nothing is read of. References are
-/// storage::PlacedReferences. Thread rule: as the repository within, which must outlive it.
+/// not, gives symbols and references without a path, which nothing is read of. Thread rule: as the repository
+/// within, which must outlive it.
 class ConfinedRepository final : public Repository {
  public:
   /// `root` is free of symbolic links.

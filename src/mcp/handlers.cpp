@@ -10,7 +10,6 @@
 #include "cli/json.h"
 #include "cli/messages.h"
 #include "mcp/confined_repository.h"
-#include "storage/reference_list.h"
 #include "tarnwick/workers/context_builder.h"
 #include "text/surrogates.h"
 #include "text/utf8.h"
@@ -158,10 +157,9 @@ Json reference_json(const Reference& reference) {
     if (has_text(caller->fqn)) json["caller"] = cli::to_json(caller->fqn);
     if (has_text(caller->kind)) json["caller_kind"] = cli::to_json(caller->kind);
   }
-  const auto* const placed = dynamic_cast<const storage::PlacedReference*>(&reference);
-  if (const OptionalText path = placed == nullptr ? std::nullopt : placed->path()) {
+  if (const OptionalText path = reference.path()) {
     json["file"] = cli::to_json(path);
-    json["line"] = placed->line();
+    if (const auto line = reference.line()) json["line"] = *line;
   }
   if (const OptionalText context = reference.context()) json["context"] = cli::to_json(context);
   return json;

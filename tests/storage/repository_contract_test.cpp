@@ -65,8 +65,9 @@ class FakeSubject final : public Subject {
     const CallerSymbol lex = {.fqn = Text("lex"), .kind = Text("function"), .name = Text("lex")};
     const CallerSymbol test = {
         .fqn = Text("test_parse"), .kind = Text("function"), .name = Text("test_parse")};
-    repository_.references["parse"] = {std::make_shared<FakeReference>("call", lex, Text("parse()")),
-                                       std::make_shared<FakeReference>("call", test, Text("parse()"))};
+    repository_.references["parse"] = {
+        make_reference({.usage_type = "call", .caller_symbol = lex, .context = Text("parse()")}),
+        make_reference({.usage_type = "call", .caller_symbol = test, .context = Text("parse()")})};
     repository_.fan_in[2] = {.number = 1};
   }
   const Repository& repository() const override { return repository_; }
