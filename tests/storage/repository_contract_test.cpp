@@ -6,6 +6,7 @@
 
 #include "storage/indexed_tree.h"
 #include "support/fakes.h"
+#include "tarnwick/storage/forwarding_repository.h"
 
 namespace tarnwick::testing {
 namespace {
@@ -74,6 +75,15 @@ class FakeSubject final : public Subject {
 
  private:
   FakeRepository repository_;
+};
+
+class ForwardingSubject final : public Subject {
+ public:
+  const Repository& repository() const override { return repository_; }
+
+ private:
+  FakeSubject inner_;
+  ForwardingRepository repository_{inner_.repository()};
 };
 
 struct Implementation {
@@ -188,6 +198,7 @@ TEST_P(RepositoryContract, KnowsWhoUsesASymbol) {
 INSTANTIATE_TEST_SUITE_P(
     Every, RepositoryContract,
     ::testing::Values(Implementation{"Fake", [] { return std::make_unique<FakeSubject>(); }},
+                      Implementation{"Forwarding", [] { return std::make_unique<ForwardingSubject>(); }},
                       Implementation{"Stored", [] { return std::make_unique<StoredSubject>(); }}),
     [](const auto& test) { return std::string(test.param.name); });
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tarnwick/storage/answers.h"
 #include "tarnwick/workers/context_builder.h"
 
 namespace tarnwick::testing {
