@@ -154,4 +154,17 @@ class Arena {
   FlatMap<HostText> paths_;
 };
 
+/// An object of the host as one of the component's interfaces. Owns nothing: `object` must live as long as
+/// the arena, and the arena longer than this.
+template <class Base>
+class Adapter : public Base {
+ public:
+  Adapter(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
+  py::handle object() const { return object_; }
+
+ protected:
+  Arena* arena_;
+  py::handle object_;
+};
+
 }  // namespace tarnwick::python
