@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "tarnwick/storage/empty_repository.h"
 #include "tarnwick/workers/context_builder.h"
 
 namespace tarnwick {
@@ -14,40 +15,8 @@ namespace {
 constexpr int KEYWORDS = 10;
 constexpr int CANDIDATES_PER_KEYWORD = 50;
 
-class MemoryPaths final : public PathMap {
- public:
-  explicit MemoryPaths(const std::vector<SymbolPtr>& symbols, const std::vector<Text>& paths) {
-    for (const SymbolPtr& symbol : symbols) {
-      const std::int64_t id = *symbol->id();
-      paths_.emplace(id, paths[static_cast<std::size_t>(id) % paths.size()]);
-    }
-  }
-  std::optional<Text> find(std::int64_t id) const override {
-    const auto found = paths_.find(id);
-    return found == paths_.end() ? std::nullopt : std::optional(found->second);
-  }
-  std::vector<Text> values() const override {
-    std::vector<Text> all;
-    all.reserve(paths_.size());
-    for (const auto& item : paths_) all.push_back(item.second);
-    return all;
-  }
-
- private:
-  std::unordered_map<std::int64_t, Text> paths_;
-};
-
-struct NoTestPaths final : PathSet {
-  bool contains(const Text& /*path*/) const override { return false; }
-  std::vector<Text> values() const override { return {}; }
-};
-
-struct NoTestRecords final : TestRecords {
-  void walk(const std::function<void(const TestRecord&)>& /*visit*/) const override {}
-};
-
 /// Fifty symbols for each keyword, with names that begin with it, hold it, or are it.
-class MemoryRepository final : public Repository {
+class MemoryRepository final : public EmptyRepository {
  public:
   MemoryRepository() {
     for (int file = 0; file < 40; ++file)
@@ -62,26 +31,17 @@ class MemoryRepository final : public Repository {
     const auto found = by_keyword_.find(pattern);
     return found == by_keyword_.end() ? SymbolMatches{} : SymbolMatches{found->second, 50, false};
   }
-  std::optional<Component> get_component_by_name(const Text& /*name*/) const override { return std::nullopt; }
-  std::vector<File> get_files_by_component(std::int64_t /*component_id*/) const override { return {}; }
   std::shared_ptr<const PathMap> get_file_paths_batch(const std::vector<SymbolPtr>& symbols) const override {
-    return std::make_shared<MemoryPaths>(symbols, paths_);
-  }
-  std::shared_ptr<const PathSet> test_paths(const std::vector<Text>& /*paths*/) const override {
-    return std::make_shared<NoTestPaths>();
-  }
-  std::shared_ptr<const IdMap<SymbolPtr>> symbols_with_paths(
-      const std::vector<std::int64_t>& /*ids*/) const override {
-    return std::make_shared<HashIdMap<SymbolPtr>>();
-  }
-  std::shared_ptr<const TestRecords> find_covering_tests(const std::vector<Text>& /*paths*/) const override {
-    return std::make_shared<NoTestRecords>();
+    auto paths = std::make_shared<PathTable>();
+    for (const SymbolPtr& symbol : symbols) {
+      const std::int64_t id = *symbol->id();
+      paths->add(id, paths_[static_cast<std::size_t>(id) % paths_.size()]);
+    }
+    return paths;
   }
   std::vector<SymbolPtr> get_symbols_by_file(std::int64_t file_id) const override {
     return {symbols_.begin() + file_id, symbols_.begin() + file_id + 12};
   }
-  References get_references(const Text& /*fqn*/) const override { return {}; }
-  SymbolPtr get_symbol_by_fqn(const Text& /*fqn*/) const override { return nullptr; }
   std::shared_ptr<const IdMap<OrderKey>> production_fan_in(
       const std::vector<std::int64_t>& ids) const override {
     std::unordered_map<std::int64_t, OrderKey> counts;
@@ -111,19 +71,14 @@ class MemoryRepository final : public Repository {
   std::unordered_map<Text, std::vector<SymbolPtr>, TextHash, TextEqual> by_keyword_;
 };
 
-struct Terms final : QueryTerms {
-  std::vector<Text> words;
-  std::vector<Text> values() const override { return words; }
-  bool contains(std::string_view /*word*/) const override { return false; }
-};
-
 class FixedTokenizer final : public Tokenizer {
  public:
   FixedTokenizer() {
-    auto terms = std::make_shared<Terms>();
+    std::vector<Text> words;
+    words.reserve(KEYWORDS);
     for (int keyword = 0; keyword < KEYWORDS; ++keyword)
-      terms->words.emplace_back("keyword" + std::to_string(keyword));
-    terms_ = std::move(terms);
+      words.emplace_back("keyword" + std::to_string(keyword));
+    terms_ = std::make_shared<TermList>(std::move(words));
   }
   std::vector<Text> query_names(const Text& /*task*/) const override { return {}; }
   std::shared_ptr<const QueryTerms> query_terms(const Text& /*task*/) const override { return terms_; }

@@ -1,4 +1,5 @@
 // A small host of the component: an index held in memory, a tokenizer, and the pack of one task.
+#include <tarnwick/storage/empty_repository.h>
 #include <tarnwick/workers/context_builder.h>
 
 #include <algorithm>
@@ -9,8 +10,9 @@
 
 using namespace tarnwick;
 
-/// Symbols of one file, "src/cache.py", whose id is 1.
-class MemoryIndex final : public Repository {
+/// Symbols of one file, "src/cache.py", whose id is 1. Components, tests, references and fan-in are left to
+/// the base, which knows of none.
+class MemoryIndex final : public EmptyRepository {
  public:
   explicit MemoryIndex(std::vector<SymbolPtr> symbols) : symbols_(std::move(symbols)) {}
 
@@ -24,7 +26,9 @@ class MemoryIndex final : public Repository {
     return matches;
   }
   std::shared_ptr<const PathMap> get_file_paths_batch(const std::vector<SymbolPtr>& symbols) const override {
-    return std::make_shared<Paths>(symbols.size());
+    auto paths = std::make_shared<PathTable>();
+    for (const SymbolPtr& symbol : symbols) paths->add(*symbol->id(), "src/cache.py");
+    return paths;
   }
   std::vector<SymbolPtr> get_symbols_by_file(std::int64_t) const override { return symbols_; }
   SymbolPtr get_symbol_by_fqn(const Text& fqn) const override {
@@ -32,40 +36,8 @@ class MemoryIndex final : public Repository {
     const auto found = std::find_if(symbols_.begin(), symbols_.end(), named);
     return found == symbols_.end() ? nullptr : *found;
   }
-  std::shared_ptr<const IdMap<SymbolPtr>> symbols_with_paths(
-      const std::vector<std::int64_t>&) const override {
-    return std::make_shared<HashIdMap<SymbolPtr>>();  // asked for a retriever's hits alone
-  }
-
-  // What this index knows nothing of: components, tests, references, fan-in.
-  std::optional<Component> get_component_by_name(const Text&) const override { return std::nullopt; }
-  std::vector<File> get_files_by_component(std::int64_t) const override { return {}; }
-  std::shared_ptr<const PathSet> test_paths(const std::vector<Text>&) const override {
-    return std::make_shared<NoPaths>();
-  }
-  std::shared_ptr<const TestRecords> find_covering_tests(const std::vector<Text>&) const override {
-    return std::make_shared<NoTests>();
-  }
-  References get_references(const Text&) const override { return {}; }
-  std::shared_ptr<const IdMap<OrderKey>> production_fan_in(const std::vector<std::int64_t>&) const override {
-    return std::make_shared<HashIdMap<OrderKey>>();
-  }
 
  private:
-  struct Paths final : PathMap {
-    explicit Paths(std::size_t symbols) : count(symbols) {}
-    std::optional<Text> find(std::int64_t) const override { return Text("src/cache.py"); }
-    std::vector<Text> values() const override { return std::vector<Text>(count, "src/cache.py"); }
-    std::size_t count;
-  };
-  struct NoPaths final : PathSet {
-    bool contains(const Text&) const override { return false; }
-    std::vector<Text> values() const override { return {}; }
-  };
-  struct NoTests final : TestRecords {
-    void walk(const std::function<void(const TestRecord&)>&) const override {}
-  };
-
   std::vector<SymbolPtr> symbols_;
 };
 
@@ -79,19 +51,9 @@ class Words final : public Tokenizer {
     return names;
   }
   std::shared_ptr<const QueryTerms> query_terms(const Text& task) const override {
-    return std::make_shared<Terms>(query_names(task));
+    return std::make_shared<TermList>(query_names(task));
   }
   bool is_test_query(const QueryTerms& terms) const override { return terms.contains("test"); }
-
- private:
-  struct Terms final : QueryTerms {
-    explicit Terms(std::vector<Text> of_task) : words(std::move(of_task)) {}
-    std::vector<Text> values() const override { return words; }
-    bool contains(std::string_view word) const override {
-      return std::find(words.begin(), words.end(), word) != words.end();
-    }
-    std::vector<Text> words;
-  };
 };
 
 int main() {

@@ -47,29 +47,21 @@ py::object get(py::handle map, const py::object& key) {
   return value ? py::reinterpret_borrow<py::object>(value) : py::none();
 }
 
-class HostFileTest final : public FileTest {
+class HostFileTest final : public Adapter<FileTest> {
  public:
-  HostFileTest(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
+  using Adapter::Adapter;
   OrderKey rank() const override { return order_key(*arena_, attribute(object_, names::rank)); }
   Text path() const override { return arena_->path(arena_->keep(attribute(object_, names::path))); }
-
- private:
-  Arena* arena_;
-  py::handle object_;
 };
 
-class HostTestRecord final : public TestRecord {
+class HostTestRecord final : public Adapter<TestRecord> {
  public:
-  HostTestRecord(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
+  using Adapter::Adapter;
   std::shared_ptr<const FileTest> alone(const Text& path) const override {
     py::object answer = call_method(object_, names::alone, to_python(path));
     if (answer.is_none()) return nullptr;
     return arena_->lend<HostFileTest>(std::move(answer));
   }
-
- private:
-  Arena* arena_;
-  py::handle object_;
 };
 
 /// An entry of a caller's map; absent, too, when it holds None.
@@ -92,17 +84,18 @@ OrderKey order_key(Arena& arena, py::object value) {
 
 std::optional<OrderKey> HostFanIn::find(std::int64_t id) const {
   const py::object key = arena_->symbol_ids.object(id);
-  if (PyDict_CheckExact(map_.ptr()) == 0) {
-    return order_key(*arena_, call_method(map_, names::get, key, checked(PyLong_FromLong(0))));
+  if (PyDict_CheckExact(object_.ptr()) == 0) {
+    return order_key(*arena_, call_method(object_, names::get, key, checked(PyLong_FromLong(0))));
   }
-  const py::handle value = find_in(map_, key);
+  const py::handle value = find_in(object_, key);
   return value ? std::optional(order_key(*arena_, py::reinterpret_borrow<py::object>(value))) : std::nullopt;
 }
 
 std::optional<Text> HostPathMap::find(std::int64_t id) const {
   const py::object key = arena_->symbol_ids.object(id);
-  if (PyDict_CheckExact(map_.ptr()) == 0) return arena_->optional_path(call_method(map_, names::get, key));
-  const py::handle path = find_in(map_, key);
+  if (PyDict_CheckExact(object_.ptr()) == 0)
+    return arena_->optional_path(call_method(object_, names::get, key));
+  const py::handle path = find_in(object_, key);
   return path ? arena_->optional_path(path) : std::nullopt;
 }
 
@@ -112,11 +105,11 @@ std::vector<Text> HostPathMap::values() const {
   const auto add = [&](const py::object& path) {
     paths.push_back(path.is_none() ? arena_->text(path) : arena_->path(path));
   };
-  if (PyDict_CheckExact(map_.ptr()) == 0) {
-    walk(call_method(map_, names::values), add);
+  if (PyDict_CheckExact(object_.ptr()) == 0) {
+    walk(call_method(object_, names::values), add);
     return paths;
   }
-  const py::object values = checked(PyDict_Values(map_.ptr()));
+  const py::object values = checked(PyDict_Values(object_.ptr()));
   paths.reserve(size_hint(values));
   walk(values, add);
   return paths;
@@ -124,15 +117,15 @@ std::vector<Text> HostPathMap::values() const {
 
 std::optional<SymbolPtr> HostSymbolMap::find(std::int64_t id) const {
   const py::object key = arena_->symbol_ids.object(id);
-  if (!python::contains(map_, key)) return std::nullopt;
-  const py::object entry = asked([&] { return PyObject_GetItem(map_.ptr(), key.ptr()); });
+  if (!python::contains(object_, key)) return std::nullopt;
+  const py::object entry = asked([&] { return PyObject_GetItem(object_.ptr(), key.ptr()); });
   return arena_->lend<HostSymbol>(first_item(entry));
 }
 
 bool HostPathSet::contains(const Text& path) const {
   const py::object object = to_python(path);
-  if (PyAnySet_CheckExact(paths_.ptr()) == 0) return python::contains(paths_, object);
-  return asked([&] { return PySet_Contains(paths_.ptr(), object.ptr()); }) != 0;
+  if (PyAnySet_CheckExact(object_.ptr()) == 0) return python::contains(object_, object);
+  return asked([&] { return PySet_Contains(object_.ptr(), object.ptr()); }) != 0;
 }
 
 std::vector<Text> HostPathSet::values() const {
@@ -142,11 +135,11 @@ std::vector<Text> HostPathSet::values() const {
 }
 
 void HostPathSet::walk(const std::function<void(const Text&)>& visit) const {
-  python::walk(paths_, [&](const py::object& path) { visit(arena_->path(path)); });
+  python::walk(object_, [&](const py::object& path) { visit(arena_->path(path)); });
 }
 
 void HostTestRecords::walk(const std::function<void(const TestRecord&)>& visit) const {
-  python::walk(records_, [&](const py::object& record) { visit(HostTestRecord(*arena_, record)); });
+  python::walk(object_, [&](const py::object& record) { visit(HostTestRecord(*arena_, record)); });
 }
 
 std::optional<CallerSymbol> HostReference::caller_symbol() const {

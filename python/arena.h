@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "strings.h"
-#include "workers/context_builder/flat_map.h"
+#include "util/flat_map.h"
 
 namespace tarnwick::python {
 
@@ -152,6 +152,19 @@ class Arena {
   std::pmr::monotonic_buffer_resource memory_{first_block_.data(), first_block_.size()};
   std::vector<PyObject*> kept_;
   FlatMap<HostText> paths_;
+};
+
+/// An object of the host as one of the component's interfaces. Owns nothing: `object` must live as long as
+/// the arena, and the arena longer than this.
+template <class Base>
+class Adapter : public Base {
+ public:
+  Adapter(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
+  py::handle object() const { return object_; }
+
+ protected:
+  Arena* arena_;
+  py::handle object_;
 };
 
 }  // namespace tarnwick::python

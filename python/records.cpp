@@ -186,15 +186,15 @@ py::object to_python(const std::vector<ContextBuilder::CostedRow>& rows) {
 }
 
 py::object pack_dict(py::handle pack) {
-  ContextPack
-      layout;  // the component says which keys there are and in which order; the values are the host's
+  // The component says which keys there are and in which order; the values are the host's.
+  ContextPack layout;
   if (is_true(attribute(pack, names::notes))) layout.notes.emplace_back();
   py::object dict = new_dict();
-  for (const auto& [key, value] : layout.to_dict()) {
+  layout.visit([&](std::string_view key, const auto& /*value*/) {
     const py::object name = to_python(key);
     const py::object item = checked(PyObject_GetAttr(pack.ptr(), name.ptr()));
     checked(PyDict_SetItem(dict.ptr(), name.ptr(), item.ptr()));
-  }
+  });
   return dict;
 }
 

@@ -6,10 +6,9 @@
 namespace tarnwick::python {
 
 /// Asks a host's index with the host's own objects; reads of an answer what the component uses of it.
-class HostRepository final : public Repository {
+class HostRepository final : public Adapter<Repository> {
  public:
-  /// `object` must live as long as the arena.
-  HostRepository(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
+  using Adapter::Adapter;
 
   SymbolMatches search_symbols(const Text& pattern, std::int64_t limit, bool source_only) const override;
   std::optional<Component> get_component_by_name(const Text& name) const override;
@@ -30,9 +29,6 @@ class HostRepository final : public Repository {
 
  private:
   py::object id_list(const std::vector<std::int64_t>& ids) const;
-
-  Arena* arena_;
-  py::handle object_;
 };
 
 }  // namespace tarnwick::python

@@ -13,9 +13,9 @@ constexpr const char* RETRIEVAL_MODULE = "tarnwick.workers.retrieval";
 /// Stands for None where the component has integers only; Integers gives None back for it.
 constexpr std::int64_t NO_ID = std::numeric_limits<std::int64_t>::min();
 
-class HostHit final : public Hit {
+class HostHit final : public Adapter<Hit> {
  public:
-  HostHit(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
+  using Adapter::Adapter;
 
   double score() const override { return to_real(attribute(object_, names::score)); }
   std::int64_t symbol_id() const override {
@@ -29,9 +29,6 @@ class HostHit final : public Hit {
 
  private:
   py::object symbol() const { return attribute(object_, names::symbol); }
-
-  Arena* arena_;
-  py::handle object_;
 };
 
 py::object tokenizer_function(const Name& name) {

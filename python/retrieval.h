@@ -7,26 +7,17 @@
 
 namespace tarnwick::python {
 
-class HostRetriever final : public HybridRetriever {
+class HostRetriever final : public Adapter<HybridRetriever> {
  public:
-  HostRetriever(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
+  using Adapter::Adapter;
   RetrievalResult retrieve(const Text& task, std::int64_t limit, bool include_tests) const override;
-
- private:
-  Arena* arena_;
-  py::handle object_;
 };
 
-class HostQueryTerms final : public QueryTerms {
+class HostQueryTerms final : public Adapter<QueryTerms> {
  public:
-  HostQueryTerms(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
+  using Adapter::Adapter;
   std::vector<Text> values() const override;
   bool contains(std::string_view word) const override { return python::contains(object_, to_python(word)); }
-  py::handle object() const { return object_; }
-
- private:
-  Arena* arena_;
-  py::handle object_;
 };
 
 /// The host's tokenizer functions, found anew at each call: what the host has set on this module, else what

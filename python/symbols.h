@@ -12,10 +12,10 @@ namespace tarnwick::python {
 
 /// A host's symbol. A member is read when a step first asks for it, or ahead for many symbols at once, and
 /// kept.
-class HostSymbol final : public Symbol {
+class HostSymbol final : public Adapter<Symbol> {
  public:
-  /// `object`, and whatever else is handed over, must live as long as the arena.
-  HostSymbol(Arena& arena, py::handle object) : arena_(&arena), object_(object) {}
+  /// Objects that are handed over must live as long as the arena.
+  using Adapter::Adapter;
 
   std::optional<std::int64_t> id() const override { return id_known_ ? id_ : read_id(); }
   std::optional<std::int64_t> file_id() const override;
@@ -34,7 +34,6 @@ class HostSymbol final : public Symbol {
   /// Sets the keys of an entry that are the symbol's own objects, `file` among them in its place.
   void fill_entry(py::handle entry, py::handle file) const;
 
-  py::handle object() const { return object_; }
   /// Takes what was read ahead: see read_scored_members.
   void set_scored_members(py::handle tuple) const;
 
@@ -64,8 +63,6 @@ class HostSymbol final : public Symbol {
   py::handle read(py::handle& member, const Name& name) const;
   const OptionalText& read(LongText& member, const Name& name) const;
 
-  Arena* arena_;
-  py::handle object_;
   mutable bool id_known_ = false;
   mutable std::optional<std::int64_t> id_;
   mutable py::handle is_export_;

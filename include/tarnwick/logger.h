@@ -4,18 +4,15 @@
 #include <exception>
 #include <string_view>
 
+#include "tarnwick/interface.h"
+
 namespace tarnwick {
 
-/// The logging facility of whoever runs the component. The component writes one kind of record: a warning
-/// about covering tests that could not be read. Implementations must be as thread-safe as the builders that
-/// share them.
-class Logger {
+/// The logging facility of the host. The component writes one kind of record: a warning about covering tests
+/// that could not be read. Thread rule: implementations must be as thread-safe as the builders that share
+/// them.
+class Logger : public Interface {
  public:
-  Logger() = default;
-  Logger(const Logger&) = delete;
-  Logger& operator=(const Logger&) = delete;
-  virtual ~Logger() = default;
-
   /// Writes one warning: `message` with its single "%s" standing for `argument`, and the caught `error`,
   /// never null. Template and argument come apart so that a facility that groups records by template can.
   /// What it throws reaches the caller of the build.

@@ -8,15 +8,10 @@
 
 namespace tarnwick {
 
-/// Runs work that touches no collaborator: reading a file, matching patterns. A host with a global lock
-/// releases it meanwhile.
-class DetachedWork {
+/// For hosts whose threads share a global lock; others need none. Runs work that touches no collaborator,
+/// such as reading a file or matching patterns, so that the lock can be released meanwhile.
+class DetachedWork : public Interface {
  public:
-  DetachedWork() = default;
-  DetachedWork(const DetachedWork&) = delete;
-  DetachedWork& operator=(const DetachedWork&) = delete;
-  virtual ~DetachedWork() = default;
-
   /// Runs `work` once, on this thread, before it returns; what `work` throws passes through. `bytes` is about
   /// how much text is worked on, to weigh the cost of a release against.
   virtual void run(std::size_t bytes, const std::function<void()>& work) = 0;

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <utility>
 
+#include "tarnwick/interface.h"
+
 namespace tarnwick {
 
 /// An immutable UTF-8 text together with whatever keeps its characters alive.
@@ -21,13 +23,7 @@ namespace tarnwick {
 class Text {
  public:
   /// Keeps the characters of a text alive; destroyed with the last text that refers to it.
-  class Owner {
-   public:
-    Owner() = default;
-    Owner(const Owner&) = delete;
-    Owner& operator=(const Owner&) = delete;
-    virtual ~Owner() = default;
-  };
+  class Owner : public Interface {};
 
   Text() = default;
   // A text is a string wherever one is asked for.

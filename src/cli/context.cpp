@@ -112,7 +112,7 @@ BuildOptions build_options(const ContextOptions& options, const Location& locati
   return build;
 }
 
-void print(ContextPack& pack, std::string format) {
+void print(const ContextPack& pack, std::string format) {
   if (format.empty()) format = output::is_terminal(STDOUT_FILENO) ? "text" : "json";
   if (format == "json") {
     output::print_json(pack, std::cout);
@@ -165,7 +165,7 @@ void run(const ContextOptions& options) {
   const Location location = locate(options.repository);
   update(location, options.repository, {.history = HISTORY_PATIENCE});
   over_sound_index(location, options.repository, [&] {
-    ContextPack pack = build(options, location);
+    const ContextPack pack = build(options, location);
     if (pack.symbols.empty()) require_indexed_files(location);
     print(pack, options.format);
   });

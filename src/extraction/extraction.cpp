@@ -271,8 +271,9 @@ facts::FileFacts extract(const languages::Language& language, const TSLanguage* 
                          const languages::Query& query, std::string_view folded_text, std::string_view path,
                          const ExtractionLimits& limits) {
   const bool addressable = folded_text.size() < std::numeric_limits<std::uint32_t>::max();
-  auto raw = addressable && is_parsable(folded_text, language.max_unclosed_angles) ? collect(language, grammar, query, folded_text, limits)
-                                                     : std::nullopt;
+  auto raw = addressable && is_parsable(folded_text, language.max_unclosed_angles)
+                 ? collect(language, grammar, query, folded_text, limits)
+                 : std::nullopt;
   if (!raw) return read_plainly(language, folded_text, path);
   return assemble(*std::move(raw), language, folded_text, path);
 }

@@ -4,41 +4,15 @@
 #include <optional>
 #include <unordered_map>
 
-#include "resolution/reference_list.h"
+#include "tarnwick/storage/answers.h"
 #include "text/surrogates.h"
 
 namespace tarnwick::mcp {
 namespace fs = std::filesystem;
 namespace {
 
-class ConfinedPaths final : public PathMap {
- public:
-  ConfinedPaths(std::shared_ptr<const PathMap> inner, const fs::path& root) : inner_(std::move(inner)) {
-    for (Text& path : inner_->values()) {
-      const auto [known, fresh] = inside_.try_emplace(path.view(), false);
-      if (fresh) known->second = lies_inside(root, path.view());
-      if (known->second) values_.push_back(path);
-      held_.push_back(std::move(path));  // the keys' characters
-    }
-  }
-
-  std::optional<Text> find(std::int64_t id) const override {
-    std::optional<Text> path = inner_->find(id);
-    const auto known = path ? inside_.find(path->view()) : inside_.end();
-    if (known == inside_.end() || !known->second) return std::nullopt;
-    return path;
-  }
-  std::vector<Text> values() const override { return values_; }
-
- private:
-  std::shared_ptr<const PathMap> inner_;
-  std::unordered_map<std::string_view, bool> inside_;
-  std::vector<Text> values_;
-  std::vector<Text> held_;
-};
-
 /// Asks for the place when the line is asked for, as most are not.
-class ConfinedReference final : public resolution::PlacedReference {
+class ConfinedReference final : public Reference {
  public:
   ConfinedReference(ReferencePtr inner, fs::path root) : inner_(std::move(inner)), root_(std::move(root)) {}
 
@@ -46,14 +20,10 @@ class ConfinedReference final : public resolution::PlacedReference {
   std::optional<CallerSymbol> caller_symbol() const override { return inner_->caller_symbol(); }
   OptionalText context() const override { return path() ? inner_->context() : std::nullopt; }
   OptionalText path() const override {
-    const auto* const placed = dynamic_cast<const resolution::PlacedReference*>(inner_.get());
-    OptionalText path = placed == nullptr ? std::nullopt : placed->path();
+    OptionalText path = inner_->path();
     return path && lies_inside(root_, path->view()) ? path : std::nullopt;
   }
-  std::int64_t line() const override {
-    const auto* const placed = dynamic_cast<const resolution::PlacedReference*>(inner_.get());
-    return placed == nullptr ? 0 : placed->line();
-  }
+  std::optional<std::int64_t> line() const override { return inner_->line(); }
 
  private:
   ReferencePtr inner_;
@@ -63,7 +33,7 @@ class ConfinedReference final : public resolution::PlacedReference {
 }  // namespace
 
 References ConfinedRepository::get_references(const Text& fqn) const {
-  References references = inner_.get_references(fqn);
+  References references = ForwardingRepository::get_references(fqn);
   for (ReferencePtr& reference : references.references)
     reference = std::make_shared<ConfinedReference>(std::move(reference), root_);
   return references;
@@ -71,7 +41,18 @@ References ConfinedRepository::get_references(const Text& fqn) const {
 
 std::shared_ptr<const PathMap> ConfinedRepository::get_file_paths_batch(
     const std::vector<SymbolPtr>& symbols) const {
-  return std::make_shared<ConfinedPaths>(inner_.get_file_paths_batch(symbols), root_);
+  const auto all = ForwardingRepository::get_file_paths_batch(symbols);
+  std::unordered_map<Text, bool, TextHash, TextEqual> is_inside;  // symbols share files
+  auto inside = std::make_shared<PathTable>();
+  for (const SymbolPtr& symbol : symbols) {
+    const std::optional<std::int64_t> id = symbol->id();
+    const OptionalText path = id ? all->find(*id) : std::nullopt;
+    if (!path) continue;
+    const auto [known, is_new] = is_inside.try_emplace(*path, false);
+    if (is_new) known->second = lies_inside(root_, path->view());
+    if (known->second) inside->add(*id, *path);
+  }
+  return inside;
 }
 
 bool lies_inside(const fs::path& root, std::string_view path) {

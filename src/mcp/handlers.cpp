@@ -9,7 +9,6 @@
 #include "mcp/confined_repository.h"
 #include "output/json.h"
 #include "output/messages.h"
-#include "resolution/reference_list.h"
 #include "retrieval/task_words.h"
 #include "service/deep_symbols.h"
 #include "tarnwick/workers/context_builder.h"
@@ -158,10 +157,9 @@ Json reference_json(const Reference& reference) {
     if (has_text(caller->fqn)) json["caller"] = output::to_json(caller->fqn);
     if (has_text(caller->kind)) json["caller_kind"] = output::to_json(caller->kind);
   }
-  const auto* const placed = dynamic_cast<const resolution::PlacedReference*>(&reference);
-  if (const OptionalText path = placed == nullptr ? std::nullopt : placed->path()) {
+  if (const OptionalText path = reference.path()) {
     json["file"] = output::to_json(path);
-    json["line"] = placed->line();
+    if (const auto line = reference.line()) json["line"] = *line;
   }
   if (const OptionalText context = reference.context()) json["context"] = output::to_json(context);
   return json;

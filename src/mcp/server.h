@@ -19,17 +19,13 @@
 #include "mcp/message.h"
 #include "mcp/transport.h"
 #include "mcp/worker_pool.h"
+#include "tarnwick/interface.h"
 
 namespace tarnwick::mcp {
 
 /// A tool that the server offers. Implementations are safe to share between threads.
-class Tool {
+class Tool : public Interface {
  public:
-  Tool() = default;
-  Tool(const Tool&) = delete;
-  Tool& operator=(const Tool&) = delete;
-  virtual ~Tool() = default;
-
   /// The tool as it is listed; the same each time.
   virtual const Json& definition() const = 0;
 

@@ -11,19 +11,15 @@
 
 #include "index/index_status.h"
 #include "mcp/call.h"
+#include "tarnwick/interface.h"
 #include "tarnwick/storage/repository.h"
 #include "tarnwick/workers/retrieval.h"
 
 namespace tarnwick::mcp {
 
 /// One state of a repository's index, of one request.
-class View {
+class View : public Interface {
  public:
-  View() = default;
-  View(const View&) = delete;
-  View& operator=(const View&) = delete;
-  virtual ~View() = default;
-
   virtual const Repository& repository() const = 0;
   /// Null: symbols are found by name alone.
   virtual const HybridRetriever* retriever() const = 0;
@@ -44,13 +40,8 @@ struct Indexing {
 };
 
 /// A repository that is served. Safe to share between threads.
-class Source {
+class Source : public Interface {
  public:
-  Source() = default;
-  Source(const Source&) = delete;
-  Source& operator=(const Source&) = delete;
-  virtual ~Source() = default;
-
   /// Unique among the served ones.
   virtual const std::string& name() const = 0;
   /// Without symbolic links.

@@ -7,9 +7,8 @@
 
 namespace tarnwick::output {
 
-/// The serialised pack: one JSON object on one line. Not const, as the serialised form shares the pack's
-/// sequences.
-void print_json(ContextPack& pack, std::ostream& out);
+/// The serialised pack: one JSON object on one line.
+void print_json(const ContextPack& pack, std::ostream& out);
 
 /// For people: control characters of the repository's texts, which could drive a terminal, come as U+FFFD.
 void print_markdown(const ContextPack& pack, std::ostream& out);

@@ -1,7 +1,6 @@
 #include "output/json.h"
 
 #include <nlohmann/json.hpp>
-#include <variant>
 
 #include "output/formats.h"
 #include "text/surrogates.h"
@@ -48,25 +47,22 @@ Json json_of(const std::vector<Item>& items) {
   return json;
 }
 
-template <class Item>
-Json json_of(std::vector<Item>* items) {
-  return json_of(*items);
+/// An object of the keys that `record` has, in their order.
+template <class Record>
+Json object_of(const Record& record) {
+  Json json = Json::object();
+  record.visit([&](std::string_view key, const auto& value) { json[std::string(key)] = json_of(value); });
+  return json;
 }
 
 Json json_of(const Entry& entry) {
-  Json json = Json::object();
-  entry.visit([&](std::string_view key, const auto& value) { json[std::string(key)] = json_of(value); });
-  return json;
+  return object_of(entry);
 }
 
 }  // namespace
 
-Json to_json(ContextPack& pack) {
-  Json json = Json::object();
-  for (const auto& [key, value] : pack.to_dict()) {
-    json[std::string(key)] = std::visit([](const auto& held) { return json_of(held); }, value);
-  }
-  return json;
+Json to_json(const ContextPack& pack) {
+  return object_of(pack);
 }
 
 Json to_json(const Entry& entry) {
@@ -77,7 +73,7 @@ Json to_json(const OptionalText& text) {
   return json_of(text);
 }
 
-void print_json(ContextPack& pack, std::ostream& out) {
+void print_json(const ContextPack& pack, std::ostream& out) {
   out << to_json(pack).dump() << '\n';
 }
 

@@ -7,8 +7,8 @@
 
 namespace tarnwick::output {
 
-/// The serialised pack. Not const, as the serialised form shares the pack's sequences.
-nlohmann::ordered_json to_json(ContextPack& pack);
+/// The serialised pack.
+nlohmann::ordered_json to_json(const ContextPack& pack);
 
 /// One entry as it stands in a serialised pack.
 nlohmann::ordered_json to_json(const Entry& entry);

@@ -36,42 +36,25 @@ std::string_view extension(std::string_view file) {
   return dot == std::string_view::npos || dot < name ? std::string_view() : file.substr(dot + 1);
 }
 
-/// Hands each part of an entry to a page.
-class EntryVisitor {
- public:
-  EntryVisitor(Page& page, std::string_view language) : page_(page), language_(language) {}
+std::string kind_and_name(const RelatedSymbol& symbol) {
+  return named(fmt::format("{} {}", symbol.kind.view(), symbol.fqn.view()));
+}
 
-  void operator()(std::string_view key, const OptionalText& text) {
-    if (!has_text(text)) return;
-    if (key == "signature") page_.code(readable(*text), language_);
-    if (key == "docstring") docstring_ = readable(*text);
-  }
-  void operator()(std::string_view key, bool set) {
-    if (key == "docstring_truncated" && !docstring_.empty()) page_.prose(docstring_ + (set ? " …" : ""));
-    if (key == "has_tests" && set) page_.detail("Has tests", {});
-  }
-  void operator()(std::string_view key, const Text& text) {
-    if (key == "usage_example") page_.detail("Usage", {readable(text)});
-  }
-  void operator()(std::string_view /*key*/, const std::vector<Parameter>& parameters) {
-    page_.detail("Parameters", lines(parameters, describe));
-  }
-  void operator()(std::string_view /*key*/, const std::vector<RelatedSymbol>& related) {
-    const auto symbols = lines(related, [](const RelatedSymbol& symbol) {
-      return named(fmt::format("{} {}", symbol.kind.view(), symbol.fqn.view()));
-    });
-    page_.detail("Related", {fmt::format("{}", fmt::join(symbols, ", "))});
-  }
-  void operator()(std::string_view /*key*/, const std::string& snippet) {
-    page_.code(readable(snippet), language_);
-  }
-  void operator()(std::string_view /*key*/, std::int64_t /*line*/) {}  // part of the heading
-
- private:
-  Page& page_;
-  std::string_view language_;
-  std::string docstring_;
-};
+void show(const Entry& entry, std::size_t number, Page& page) {
+  const Symbol& symbol = *entry.symbol;
+  const std::string_view language = extension(entry.file);
+  page.entry(number, named(symbol.kind()), named(symbol.fqn()),
+             fmt::format("{}:{}", named(entry.file), symbol.start_line()));
+  if (has_text(symbol.signature())) page.code(readable(*symbol.signature()), language);
+  if (has_text(symbol.docstring()))
+    page.prose(readable(*symbol.docstring()) + (symbol.docstring_truncated() ? " …" : ""));
+  if (!entry.parameters.empty()) page.detail("Parameters", lines(entry.parameters, describe));
+  if (!entry.related.empty())
+    page.detail("Related", {fmt::format("{}", fmt::join(lines(entry.related, kind_and_name), ", "))});
+  if (!entry.usage_example.empty()) page.detail("Usage", {readable(entry.usage_example)});
+  if (entry.has_tests) page.detail("Has tests", {});
+  if (!entry.snippet.empty()) page.code(readable(entry.snippet), language);
+}
 
 std::string count(std::size_t number, std::string_view noun) {
   return fmt::format("{} {}{}", number, noun, number == 1 ? "" : "s");
@@ -91,11 +74,7 @@ void show(const ContextPack& pack, Page& page) {
   const auto path = [](const Text& text) { return named(text); };
   const auto sentence = [](const Text& text) { return readable(text); };
   std::size_t number = 0;
-  for (const Entry& entry : pack.symbols) {
-    const std::string place = fmt::format("{}:{}", named(entry.file), entry.symbol->start_line());
-    page.entry(++number, named(entry.symbol->kind()), named(entry.symbol->fqn()), place);
-    entry.visit(EntryVisitor(page, extension(entry.file)));
-  }
+  for (const Entry& entry : pack.symbols) show(entry, ++number, page);
   page.section("Files", lines(pack.files, path));
   page.section("Tests", lines(pack.tests, [](const TestRow& row) {
                  return named(fmt::format("{} (for {})", row.file.view(), row.source.view()));

@@ -7,19 +7,15 @@
 #include <string_view>
 #include <vector>
 
+#include "tarnwick/interface.h"
 #include "tarnwick/workers/context_pack.h"
 
 namespace tarnwick::output {
 
 /// The parts that a pack is shown as; a format for people writes each in its own way. Texts are valid UTF-8
 /// without control characters but line feed and tab.
-class Page {
+class Page : public Interface {
  public:
-  Page() = default;
-  Page(const Page&) = delete;
-  Page& operator=(const Page&) = delete;
-  virtual ~Page() = default;
-
   virtual void entry(std::size_t number, std::string_view kind, std::string_view fqn,
                      std::string_view place) = 0;
   /// Lines of a file, or a declaration; `language` is a file extension without the dot, or empty.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <map>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
 #include "index/file_record.h"
@@ -14,38 +13,11 @@
 #include "resolution/reference_list.h"
 #include "resolution/resolver.h"
 #include "resolution/test_reach.h"
+#include "tarnwick/storage/answers.h"
 #include "text/lowercase.h"
 
 namespace tarnwick::repository {
 namespace {
-
-class Paths final : public PathMap {
- public:
-  void add(std::int64_t id, const Text& path) {
-    if (by_id_.emplace(id, path).second) values_.push_back(path);
-  }
-  std::optional<Text> find(std::int64_t id) const override {
-    const auto found = by_id_.find(id);
-    return found == by_id_.end() ? std::nullopt : std::optional(found->second);
-  }
-  std::vector<Text> values() const override { return values_; }
-
- private:
-  std::unordered_map<std::int64_t, Text> by_id_;
-  std::vector<Text> values_;
-};
-
-class TestPaths final : public PathSet {
- public:
-  explicit TestPaths(std::vector<Text> paths)
-      : values_(std::move(paths)), set_(values_.begin(), values_.end()) {}
-  bool contains(const Text& path) const override { return set_.contains(path); }
-  std::vector<Text> values() const override { return values_; }
-
- private:
-  std::vector<Text> values_;
-  std::unordered_set<Text, TextHash, TextEqual> set_;
-};
 
 std::string_view without_trailing_slash(std::string_view path) {
   while (path.ends_with('/')) path.remove_suffix(1);
@@ -137,7 +109,7 @@ std::shared_ptr<const PathMap> StoredRepository::get_file_paths_batch(
     while (query.executeStep())
       by_file.emplace(query.getColumn(0).getInt64(), query.getColumn(1).getString());
     query.reset();
-    auto paths = std::make_shared<Paths>();
+    auto paths = std::make_shared<PathTable>();
     for (const SymbolPtr& symbol : symbols) {
       const auto found = by_file.find(symbol->file_id().value_or(0));
       if (found != by_file.end() && symbol->id()) paths->add(*symbol->id(), found->second);
@@ -155,7 +127,7 @@ std::shared_ptr<const PathSet> StoredRepository::test_paths(const std::vector<Te
     std::vector<Text> tests;
     while (query.executeStep()) tests.emplace_back(query.getColumn(0).getString());
     query.reset();
-    return std::make_shared<TestPaths>(std::move(tests));
+    return std::make_shared<PathList>(std::move(tests));
   });
 }
 

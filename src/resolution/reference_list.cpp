@@ -18,7 +18,7 @@
 namespace tarnwick::resolution {
 namespace {
 
-class StoredReference final : public PlacedReference {
+class StoredReference final : public Reference {
  public:
   StoredReference(std::int64_t type, std::optional<CallerSymbol> caller, Text path, std::int64_t line,
                   std::filesystem::path root)
@@ -35,7 +35,7 @@ class StoredReference final : public PlacedReference {
     return line ? OptionalText(std::move(*line)) : std::nullopt;
   }
   OptionalText path() const override { return path_; }
-  std::int64_t line() const override { return line_; }
+  std::optional<std::int64_t> line() const override { return line_; }
 
  private:
   std::int64_t type_;

@@ -11,17 +11,8 @@
 
 namespace tarnwick::resolution {
 
-/// A reference whose place is known.
-class PlacedReference : public Reference {
- public:
-  /// The repository path of the file that holds it; absent when that is not to be told.
-  virtual OptionalText path() const = 0;
-  /// Of the first use there, from 1.
-  virtual std::int64_t line() const = 0;
-};
-
 /// The uses of those symbols, in the order that StoredRepository states, at most `limit` of the total.
-/// They are PlacedReferences, whose contexts are read below `root`.
+/// Each has its path and the line of its first use there; contexts are read below `root` when asked for.
 References references_of(index::Connection& connection, const std::vector<std::int64_t>& symbol_ids,
                          const std::filesystem::path& root, std::size_t limit);
 

@@ -15,6 +15,7 @@
 #include "index/file_list.h"
 #include "resolution/import_links.h"
 #include "resolution/resolver.h"
+#include "tarnwick/storage/answers.h"
 #include "text/lowercase.h"
 
 namespace tarnwick::resolution {
@@ -80,42 +81,6 @@ int name_distance(std::string_view test, std::string_view source) {
   return (at > 0 && is_letter(at - 1)) || is_letter(at + name.size()) ? 2 : 1;
 }
 
-class RankedTest final : public FileTest {
- public:
-  RankedTest(std::size_t rank, Text path) : rank_(static_cast<double>(rank)), path_(std::move(path)) {}
-  OrderKey rank() const override { return {.number = rank_}; }
-  Text path() const override { return path_; }
-
- private:
-  double rank_;
-  Text path_;
-};
-
-class Record final : public TestRecord {
- public:
-  void add(const Text& source, std::shared_ptr<const FileTest> test) {
-    by_source_.emplace(source, std::move(test));
-  }
-  std::shared_ptr<const FileTest> alone(const Text& path) const override {
-    const auto found = by_source_.find(path);
-    return found == by_source_.end() ? nullptr : found->second;
-  }
-
- private:
-  std::unordered_map<Text, std::shared_ptr<const FileTest>, TextHash, TextEqual> by_source_;
-};
-
-class Records final : public TestRecords {
- public:
-  Record& of(const std::string& test) { return records_[test]; }
-  void walk(const std::function<void(const TestRecord&)>& visit) const override {
-    for (const auto& [test, record] : records_) visit(record);
-  }
-
- private:
-  std::map<std::string, Record> records_;
-};
-
 /// What each test file (by id) reaches of each source file (by id).
 using Reaches = std::map<std::int64_t, std::map<std::int64_t, Reach>>;
 
@@ -143,7 +108,7 @@ void reach_by_import(index::Connection& connection, const PathsById& sources, Re
 }
 
 void rank_tests(const std::string& source, const std::map<std::int64_t, Reach>& tests,
-                const index::FileList& files, Records& records) {
+                const index::FileList& files, TestTable& records) {
   using Key = std::tuple<int, double, bool, std::size_t, std::string>;
   std::vector<Key> keys;
   for (const auto& [id, reach] : tests) {
@@ -154,8 +119,7 @@ void rank_tests(const std::string& source, const std::map<std::int64_t, Reach>& 
   }
   std::sort(keys.begin(), keys.end());
   for (std::size_t rank = 0; rank < keys.size(); ++rank) {
-    const std::string& test = std::get<std::string>(keys[rank]);
-    records.of(test).add(source, std::make_shared<RankedTest>(rank, test));
+    records.add(std::get<std::string>(keys[rank]), source, {.number = static_cast<double>(rank)});
   }
 }
 
@@ -175,7 +139,7 @@ std::size_t path_distance(std::string_view a, std::string_view b) {
 
 std::shared_ptr<const TestRecords> covering_tests(index::Connection& connection,
                                                   const std::vector<Text>& paths) {
-  auto records = std::make_shared<Records>();
+  auto records = std::make_shared<TestTable>();
   if (paths.empty()) return records;
   SQLite::Statement& query = connection.prepare(
       "SELECT DISTINCT f.id, f.path FROM json_each(?) AS j JOIN files AS f ON f.path = j.value");

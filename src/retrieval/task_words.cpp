@@ -160,19 +160,9 @@ std::string_view area_of(std::string_view task) {
   return head;
 }
 
-class Terms final : public QueryTerms {
- public:
-  explicit Terms(std::vector<std::string> words)
-      : words_(std::make_move_iterator(words.begin()), std::make_move_iterator(words.end())) {}
-
-  std::vector<Text> values() const override { return words_; }
-  bool contains(std::string_view word) const override {
-    return std::find(words_.begin(), words_.end(), word) != words_.end();
-  }
-
- private:
-  std::vector<Text> words_;
-};
+std::vector<Text> texts(std::vector<std::string> words) {
+  return {std::make_move_iterator(words.begin()), std::make_move_iterator(words.end())};
+}
 
 }  // namespace
 
@@ -195,12 +185,11 @@ std::vector<std::string> area_words(std::string_view task) {
 }
 
 std::vector<Text> QueryTokenizer::query_names(const Text& task) const {
-  std::vector<std::string> names = names_of(task);
-  return {std::make_move_iterator(names.begin()), std::make_move_iterator(names.end())};
+  return texts(names_of(task));
 }
 
 std::shared_ptr<const QueryTerms> QueryTokenizer::query_terms(const Text& task) const {
-  return std::make_shared<Terms>(terms_of(task));
+  return std::make_shared<TermList>(texts(terms_of(task)));
 }
 
 bool QueryTokenizer::is_test_query(const QueryTerms& terms) const {

@@ -36,7 +36,8 @@ struct UsageCase {
 };
 
 ReferencePtr reference(std::string type, std::optional<CallerSymbol> caller, OptionalText context) {
-  return std::make_shared<FakeReference>(std::move(type), std::move(caller), std::move(context));
+  return make_reference(
+      {.usage_type = std::move(type), .caller_symbol = std::move(caller), .context = std::move(context)});
 }
 
 TEST(UsageExample, IsTheMostTellingLine) {

@@ -80,7 +80,7 @@ TEST_F(Packing, EnrichesTheFirstEntriesOnly) {
   for (std::int64_t id = 1; id <= 30; ++id) {
     ranked.push_back(item(id, 1, "a"));
     index.references["pkg.s" + std::to_string(id)] = {
-        std::make_shared<FakeReference>("call", std::nullopt, "use()")};
+        make_reference({.usage_type = "call", .context = Text("use()")})};
   }
   const ContextPack pack = builder._build_pack(ranked, 840);
   EXPECT_THAT(strings(pack.files), ElementsAre("a"));

@@ -66,9 +66,10 @@ TEST_F(Build, SearchesNoNamesWhenTheSeedsFillThePack) {
 }
 
 TEST_F(Build, CarriesTheIndexingStatusAndSerialisesInOrder) {
-  ContextPack pack = plain.build_context_pack("nothing", {.token_budget = -100});
+  const ContextPack pack = plain.build_context_pack("nothing", {.token_budget = -100});
   std::vector<std::string> keys;
-  for (const auto& [key, value] : pack.to_dict()) keys.emplace_back(key);
+  const auto note_key = [&](std::string_view key, const auto& /*value*/) { keys.emplace_back(key); };
+  pack.visit(note_key);
   EXPECT_THAT(keys, ElementsAre("symbols", "files", "tests", "recommendations", "tokens_used",
                                 "indexing_in_progress", "progress"));
   EXPECT_FALSE(pack.indexing_in_progress);
@@ -80,9 +81,9 @@ TEST_F(Build, CarriesTheIndexingStatusAndSerialisesInOrder) {
   EXPECT_TRUE(next.indexing_in_progress);
   EXPECT_EQ(next.progress, 40);
   next.notes.emplace_back("a note");
-  EXPECT_EQ(next.to_dict().at(4).first, "notes");
-  std::get<std::vector<Text>*>(next.to_dict().at(1).second)->emplace_back("seen in the pack");
-  EXPECT_THAT(strings(next.files), ElementsAre("seen in the pack"));
+  keys.clear();
+  next.visit(note_key);
+  EXPECT_EQ(keys.at(4), "notes");
 }
 
 TEST_F(Build, DerivesTheCeilingFromTheBudget) {

@@ -94,7 +94,7 @@ TEST(Extraction, DeepNestingWithoutBracketsIsParsed) {
        }) {
     const std::size_t per_line = 150;
     const auto text = repeat(repeat(piece, per_line) + "\n", times / per_line + 1);
-    any_word(paths, [&](std::string_view path) {
+    languages::any_word(paths, [&](std::string_view path) {
       EXPECT_FALSE(extract(language(path), text, path).is_fallback) << path << " " << piece;
       return false;
     });

@@ -6,6 +6,7 @@
 
 #include "support/fakes.h"
 #include "support/indexed_tree.h"
+#include "tarnwick/storage/forwarding_repository.h"
 
 namespace tarnwick::testing {
 namespace {
@@ -65,14 +66,24 @@ class FakeSubject final : public Subject {
     const CallerSymbol lex = {.fqn = Text("lex"), .kind = Text("function"), .name = Text("lex")};
     const CallerSymbol test = {
         .fqn = Text("test_parse"), .kind = Text("function"), .name = Text("test_parse")};
-    repository_.references["parse"] = {std::make_shared<FakeReference>("call", lex, Text("parse()")),
-                                       std::make_shared<FakeReference>("call", test, Text("parse()"))};
+    repository_.references["parse"] = {
+        make_reference({.usage_type = "call", .caller_symbol = lex, .context = Text("parse()")}),
+        make_reference({.usage_type = "call", .caller_symbol = test, .context = Text("parse()")})};
     repository_.fan_in[2] = {.number = 1};
   }
   const Repository& repository() const override { return repository_; }
 
  private:
   FakeRepository repository_;
+};
+
+class ForwardingSubject final : public Subject {
+ public:
+  const Repository& repository() const override { return repository_; }
+
+ private:
+  FakeSubject inner_;
+  ForwardingRepository repository_{inner_.repository()};
 };
 
 struct Implementation {
@@ -187,6 +198,7 @@ TEST_P(RepositoryContract, KnowsWhoUsesASymbol) {
 INSTANTIATE_TEST_SUITE_P(
     Every, RepositoryContract,
     ::testing::Values(Implementation{"Fake", [] { return std::make_unique<FakeSubject>(); }},
+                      Implementation{"Forwarding", [] { return std::make_unique<ForwardingSubject>(); }},
                       Implementation{"Stored", [] { return std::make_unique<StoredSubject>(); }}),
     [](const auto& test) { return std::string(test.param.name); });
 

@@ -12,68 +12,6 @@
 namespace tarnwick::testing {
 namespace {
 
-struct FakeTest final : FileTest {
-  FakeTest(double rank, std::string path) : rank_(rank), path_(std::move(path)) {}
-  OrderKey rank() const override { return {rank_}; }
-  Text path() const override { return path_; }
-
- private:
-  double rank_;
-  std::string path_;
-};
-
-struct FakeTestRecord final : TestRecord {
-  explicit FakeTestRecord(const FakeRepository::Covering& from) : covering_(from) {}
-  std::shared_ptr<const FileTest> alone(const Text& path) const override {
-    const auto rank = covering_.rank_by_source.find(std::string(path.view()));
-    return rank == covering_.rank_by_source.end() ? nullptr
-                                                  : std::make_shared<FakeTest>(rank->second, covering_.test);
-  }
-
- private:
-  const FakeRepository::Covering& covering_;
-};
-
-struct FakeTestRecords final : TestRecords {
-  explicit FakeTestRecords(const std::vector<FakeRepository::Covering>& from) : covering_(from) {}
-  void walk(const std::function<void(const TestRecord&)>& visit) const override {
-    for (const auto& covering : covering_) visit(FakeTestRecord(covering));
-  }
-
- private:
-  const std::vector<FakeRepository::Covering>& covering_;
-};
-
-struct FakePathMap final : PathMap {
-  std::vector<std::pair<std::int64_t, Text>> items;
-  std::optional<Text> find(std::int64_t id) const override {
-    for (const auto& [key, path] : items) {
-      if (key == id) return path;
-    }
-    return std::nullopt;
-  }
-  std::vector<Text> values() const override {
-    std::vector<Text> paths;
-    paths.reserve(items.size());
-    for (const auto& item : items) paths.push_back(item.second);
-    return paths;
-  }
-};
-
-struct FakePathSet final : PathSet {
-  std::vector<Text> paths;
-  bool contains(const Text& path) const override { return std::count(paths.begin(), paths.end(), path) > 0; }
-  std::vector<Text> values() const override { return paths; }
-};
-
-struct FakeTerms final : QueryTerms {
-  std::vector<Text> words;
-  std::vector<Text> values() const override { return words; }
-  bool contains(std::string_view word) const override {
-    return std::any_of(words.begin(), words.end(), [&](const Text& term) { return term.view() == word; });
-  }
-};
-
 struct FakeHit final : Hit {
   explicit FakeHit(FakeRetriever::Ranked from) : ranked_(std::move(from)) {}
   double score() const override { return ranked_.score; }
@@ -180,12 +118,12 @@ std::vector<File> FakeRepository::get_files_by_component(std::int64_t component_
 
 std::shared_ptr<const PathMap> FakeRepository::get_file_paths_batch(
     const std::vector<SymbolPtr>& symbols) const {
-  auto answer = std::make_shared<FakePathMap>();
+  auto answer = std::make_shared<PathTable>();
   std::vector<std::int64_t> ids;
   for (const SymbolPtr& symbol : symbols) {
     ids.push_back(symbol->id().value_or(-1));
     const auto path = path_by_symbol_.find(ids.back());
-    if (path != path_by_symbol_.end()) answer->items.emplace_back(path->first, path->second);
+    if (path != path_by_symbol_.end()) answer->add(path->first, path->second);
   }
   called("get_file_paths_batch", joined_numbers(ids));
   return answer;
@@ -193,11 +131,11 @@ std::shared_ptr<const PathMap> FakeRepository::get_file_paths_batch(
 
 std::shared_ptr<const PathSet> FakeRepository::test_paths(const std::vector<Text>& paths) const {
   called("test_paths", joined(paths));
-  auto answer = std::make_shared<FakePathSet>();
-  std::copy_if(paths.begin(), paths.end(), std::back_inserter(answer->paths), [&](const Text& path) {
+  std::vector<Text> tests;
+  std::copy_if(paths.begin(), paths.end(), std::back_inserter(tests), [&](const Text& path) {
     return std::count(test_files.begin(), test_files.end(), std::string(path.view())) > 0;
   });
-  return answer;
+  return std::make_shared<PathList>(std::move(tests));
 }
 
 std::shared_ptr<const IdMap<SymbolPtr>> FakeRepository::symbols_with_paths(
@@ -213,7 +151,11 @@ std::shared_ptr<const IdMap<SymbolPtr>> FakeRepository::symbols_with_paths(
 
 std::shared_ptr<const TestRecords> FakeRepository::find_covering_tests(const std::vector<Text>& paths) const {
   called("find_covering_tests", joined(paths));
-  return std::make_shared<FakeTestRecords>(covering);
+  auto answer = std::make_shared<TestTable>();
+  for (const Covering& item : covering) {
+    for (const auto& [source, rank] : item.rank_by_source) answer->add(item.test, source, {rank});
+  }
+  return answer;
 }
 
 std::vector<SymbolPtr> FakeRepository::get_symbols_by_file(std::int64_t file_id) const {
@@ -256,11 +198,11 @@ std::vector<Text> FakeTokenizer::query_names(const Text& task) const {
 
 std::shared_ptr<const QueryTerms> FakeTokenizer::query_terms(const Text& task) const {
   calls.emplace_back("query_terms");
-  auto terms = std::make_shared<FakeTerms>();
+  std::vector<Text> terms;
   for (const std::string& word : words_of(task)) {
-    if (word == text::lowercase(word)) terms->words.emplace_back(word);
+    if (word == text::lowercase(word)) terms.emplace_back(word);
   }
-  return terms;
+  return std::make_shared<TermList>(std::move(terms));
 }
 
 bool FakeTokenizer::is_test_query(const QueryTerms& terms) const {

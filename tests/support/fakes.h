@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tarnwick/storage/answers.h"
 #include "tarnwick/workers/context_builder.h"
 
 namespace tarnwick::testing {
@@ -16,19 +17,6 @@ std::vector<std::string> strings(const std::vector<Text>& texts);
 /// A symbol in one line: an exported function of file 1 unless said otherwise.
 SymbolFields fields(std::int64_t id, const std::string& name, const std::string& kind = "function");
 SymbolPtr symbol(std::int64_t id, const std::string& name, const std::string& kind = "function");
-
-struct FakeReference final : Reference {
-  FakeReference(std::string type, std::optional<CallerSymbol> from, OptionalText line)
-      : type_(std::move(type)), caller_(std::move(from)), line_(std::move(line)) {}
-  Text usage_type() const override { return type_; }
-  std::optional<CallerSymbol> caller_symbol() const override { return caller_; }
-  OptionalText context() const override { return line_; }
-
- private:
-  std::string type_;
-  std::optional<CallerSymbol> caller_;
-  OptionalText line_;
-};
 
 /// An index in memory. Symbols keep the order in which they were added; `calls` lists every question.
 class FakeRepository final : public Repository {

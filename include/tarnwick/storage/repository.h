@@ -1,11 +1,13 @@
 // The index that a builder asks.
+//
+// A host derives from EmptyRepository (empty_repository.h), which answers nothing until overridden, or from
+// Repository itself; answers.h has the answers as ready-made tables.
 #pragma once
 
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string_view>
 #include <vector>
 
 #include "tarnwick/models.h"
@@ -34,45 +36,42 @@ class PathMap : public IdMap<Text> {
 };
 
 /// Those of the paths asked about that are test files.
-class PathSet {
+class PathSet : public Interface {
  public:
-  PathSet() = default;
-  PathSet(const PathSet&) = delete;
-  PathSet& operator=(const PathSet&) = delete;
-  virtual ~PathSet() = default;
-
   virtual bool contains(const Text& path) const = 0;
+  /// The paths, in the index's order.
   virtual std::vector<Text> values() const = 0;
   /// Calls `visit` for each of the values. An answer that is read piece by piece may throw on the way, when
-  /// some were visited.
+  /// some were visited; one that has its values at hand leaves this as it is.
   virtual void walk(const std::function<void(const Text&)>& visit) const {
     for (const Text& path : values()) visit(path);
   }
 };
 
 /// The tests that reach some source files; walked once for each of the files.
-class TestRecords {
+class TestRecords : public Interface {
  public:
-  TestRecords() = default;
-  TestRecords(const TestRecords&) = delete;
-  TestRecords& operator=(const TestRecords&) = delete;
-  virtual ~TestRecords() = default;
-
   /// Calls `visit` for each record, in the index's order, the same at every walk.
   virtual void walk(const std::function<void(const TestRecord&)>& visit) const = 0;
 };
 
 /// The index of one repository: symbols, files, components, references, fan-in and covering tests.
 ///
-/// Paths are relative to the repository root, the same text in every operation. Operations are const and are
-/// called one at a time within a build; an index that several threads build over must answer them from
-/// several threads. What an operation throws reaches the caller of the build unchanged, but for test_paths
-/// and find_covering_tests inside the covering-test lookup. An unknown name, id or path is no error: the
-/// answer lacks it. Pointers to answers are never null, unless the operation says so.
+/// Paths are relative to the repository root, the same text in every operation. An unknown name, id or path
+/// is no error: the answer lacks it. Pointers to answers are never null, unless the operation says so.
+///
+/// Thread rule: a build calls one operation at a time; an index that several threads build over must answer
+/// them from several threads.
+///
+/// Errors: what an operation throws reaches the caller of the build unchanged, but for test_paths and
+/// find_covering_tests inside the covering-test lookup, which becomes a note of the pack.
+///
+/// Ownership: answers hold what they refer to, or the index outlives them. Symbols outlive the build: they
+/// are part of its pack.
 class Repository : public FanInQueries {
  public:
   /// The symbols whose names match `pattern`, at most `limit`. Without "%" a pattern is a whole name; "%"
-  /// stands for any run of characters. `source_only` leaves out the symbols of documentation and data files.
+  /// matches any run of characters. `source_only` leaves out the symbols of documentation and data files.
   virtual SymbolMatches search_symbols(const Text& pattern, std::int64_t limit, bool source_only) const = 0;
 
   /// The component of that name, or nothing.
@@ -84,10 +83,6 @@ class Repository : public FanInQueries {
   /// The path of each symbol's file, in one batch; `symbols` may be empty.
   virtual std::shared_ptr<const PathMap> get_file_paths_batch(
       const std::vector<SymbolPtr>& symbols) const = 0;
-
-  /// Called before the symbols of a ranking are scored, which reads the name, the fqn, the export status and
-  /// the kind of each: an index that fetches lazily may fetch them all at once.
-  virtual void fetch_scored_fields(const std::vector<SymbolPtr>& /*symbols*/) const {}
 
   /// Which of `paths` (possibly none, possibly repeated) are test files.
   virtual std::shared_ptr<const PathSet> test_paths(const std::vector<Text>& paths) const = 0;
@@ -107,6 +102,11 @@ class Repository : public FanInQueries {
 
   /// The symbol of that fully qualified name, or null.
   virtual SymbolPtr get_symbol_by_fqn(const Text& fqn) const = 0;
+
+  /// A hook for indexes whose symbols fetch their members when asked; others leave it as it is. Called before
+  /// the symbols of a ranking are scored, which reads the name, the fqn, the export status and the kind of
+  /// each: all may be fetched at once.
+  virtual void fetch_scored_fields(const std::vector<SymbolPtr>& /*symbols*/) const {}
 };
 
 }  // namespace tarnwick

@@ -1,12 +1,13 @@
 // The records that carry a build's results, and the limits that several steps share.
+//
+// Plain values: a pack and its parts may be copied, changed and kept as long as the symbols of its entries
+// allow (see Symbol), and read from several threads if those can be.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <variant>
 #include <vector>
 
 #include "tarnwick/models.h"
@@ -106,14 +107,20 @@ struct ContextPack {
   bool indexing_in_progress = false;  ///< whether the index was still being built
   std::int64_t progress = 100;        ///< indexing progress in percent
 
-  /// A value of the serialised pack. Sequences are the pack's own: a change made through one changes the
-  /// pack.
-  using Value =
-      std::variant<std::vector<Entry>*, std::vector<Text>*, std::vector<TestRow>*, std::int64_t, bool>;
-
-  /// The pack as keys and values, in the order in which it is serialised. "notes" is left out when there is
-  /// none. The pointers live as long as the pack stays where it is.
-  std::vector<std::pair<std::string_view, Value>> to_dict();
+  /// Calls `visitor(key, value)` for each key of the serialised pack, in order; "notes" is left out when
+  /// there is none. Values come as `const std::vector<Entry>&`, `const std::vector<Text>&`, `const
+  /// std::vector<TestRow>&`, `std::int64_t` or `bool`; the references live as long as the pack.
+  template <class Visitor>
+  void visit(Visitor&& visitor) const {
+    visitor("symbols", symbols);
+    visitor("files", files);
+    visitor("tests", tests);
+    visitor("recommendations", recommendations);
+    if (!notes.empty()) visitor("notes", notes);
+    visitor("tokens_used", tokens_used);
+    visitor("indexing_in_progress", indexing_in_progress);
+    visitor("progress", progress);
+  }
 };
 
 }  // namespace tarnwick

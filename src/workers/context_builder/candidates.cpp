@@ -3,7 +3,7 @@
 
 #include "tarnwick/workers/context_builder.h"
 #include "text/lowercase.h"
-#include "workers/context_builder/flat_map.h"
+#include "util/flat_map.h"
 
 namespace tarnwick {
 namespace {

@@ -1,7 +1,6 @@
-#include <utility>
-
 #include "tarnwick/models.h"
-#include "tarnwick/text.h"
+
+#include <utility>
 
 namespace tarnwick {
 namespace {
@@ -36,6 +35,20 @@ class PlainSymbol final : public Symbol {
   SymbolFields fields_;
 };
 
+class PlainReference final : public Reference {
+ public:
+  explicit PlainReference(ReferenceFields fields) : fields_(std::move(fields)) {}
+
+  Text usage_type() const override { return fields_.usage_type; }
+  std::optional<CallerSymbol> caller_symbol() const override { return fields_.caller_symbol; }
+  OptionalText context() const override { return fields_.context; }
+  OptionalText path() const override { return fields_.path; }
+  std::optional<std::int64_t> line() const override { return fields_.line; }
+
+ private:
+  ReferenceFields fields_;
+};
+
 }  // namespace
 
 Text::Text(std::string text) {
@@ -49,6 +62,10 @@ Text::Text(std::string_view text) : Text(std::string(text)) {}
 
 SymbolPtr make_symbol(SymbolFields fields) {
   return std::make_shared<const PlainSymbol>(std::move(fields));
+}
+
+ReferencePtr make_reference(ReferenceFields fields) {
+  return std::make_shared<const PlainReference>(std::move(fields));
 }
 
 }  // namespace tarnwick
