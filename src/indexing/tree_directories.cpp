@@ -8,6 +8,7 @@
 
 #include "git/git_files.h"
 #include "indexing/indexer_skips.h"
+#include "util/directory_entries.h"
 
 namespace tarnwick::indexing {
 namespace fs = std::filesystem;
@@ -23,7 +24,7 @@ std::vector<std::string> with_those_below(const fs::path& root, std::string dire
   for (std::size_t next = 0; next < found.size(); ++next) {
     const std::string around = found[next];
     std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator(root / around, error)) {
+    for (const fs::directory_entry& entry : util::entries_of(root / around, error)) {
       const std::string name = entry.path().filename().native();
       if (name == ".git" || skips::is_vendored_directory(name)) continue;
       if (entry.is_directory(error) && !entry.is_symlink(error)) found.push_back(joined(around, name));

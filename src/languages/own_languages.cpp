@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "languages/word_list.h"
+#include "util/directory_entries.h"
 
 namespace tarnwick::languages {
 
@@ -130,8 +131,11 @@ GrammarFunction load_grammar(const fs::path& library, const std::string& symbol)
 /// The texts of a folder's query files, by name; each is checked alone so that a message names it.
 std::string read_queries(const fs::path& folder, const TSLanguage* grammar) {
   std::vector<fs::path> files;
-  for (const auto& entry : fs::directory_iterator(folder))
+  std::error_code unread;
+  for (const fs::directory_entry& entry : util::entries_of(folder, unread)) {
     if (entry.path().extension() == ".scm") files.push_back(entry.path());
+  }
+  if (unread) refuse(folder, "cannot be read: " + unread.message());
   if (files.empty()) refuse(folder, "holds no query file (*.scm)");
   std::ranges::sort(files);
   std::string texts;
@@ -213,7 +217,7 @@ OwnLanguages read_own_languages(const fs::path& folder) {
   std::error_code error;
   std::vector<fs::path> folders;
   if (!fs::exists(folder, error)) return result;
-  for (const auto& entry : fs::directory_iterator(folder, error)) folders.push_back(entry.path());
+  for (const fs::directory_entry& entry : util::entries_of(folder, error)) folders.push_back(entry.path());
   if (error) result.problems.push_back(folder.string() + ": " + error.message());
   std::ranges::sort(folders);
   for (const fs::path& each : folders) {

@@ -3,7 +3,7 @@
 namespace tarnwick::mcp {
 
 void Batch::add(std::optional<Json> answer) {
-  const std::lock_guard lock(mutex_);
+  const util::Lock lock(mutex_);
   if (answer) answers_.push_back(std::move(*answer));
   if (--missing_ == 0 && !answers_.empty()) send_(answers_);
 }
@@ -22,7 +22,7 @@ bool Exchange::cancel() {
 }
 
 bool Exchange::end(std::optional<Json> answer) {
-  const std::lock_guard lock(mutex_);
+  const util::Lock lock(mutex_);
   if (ended_) return false;
   ended_ = true;
   reply_(std::move(answer));
@@ -31,7 +31,7 @@ bool Exchange::end(std::optional<Json> answer) {
 
 void Exchange::report(const RequestId& token, double progress, double total, std::string_view message,
                       const Send& send) {
-  const std::lock_guard lock(mutex_);
+  const util::Lock lock(mutex_);
   const auto now = std::chrono::steady_clock::now();
   if (ended_ || progress <= reported_) return;
   if (reported_ >= 0 && now - reported_at_ < BETWEEN_REPORTS) return;

@@ -4,7 +4,6 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <stop_token>
 #include <string_view>
@@ -12,6 +11,7 @@
 
 #include "mcp/json.h"
 #include "mcp/message.h"
+#include "util/mutex.h"
 
 namespace tarnwick::mcp {
 
@@ -29,9 +29,9 @@ class Batch {
   void add(std::optional<Json> answer);
 
  private:
-  std::mutex mutex_;
-  std::size_t missing_;
-  Json answers_ = Json::array();
+  util::Mutex mutex_;
+  std::size_t missing_ GUARDED_BY(mutex_);
+  Json answers_ GUARDED_BY(mutex_) = Json::array();
   Send send_;
 };
 
@@ -64,10 +64,10 @@ class Exchange {
   RequestId id_;
   Reply reply_;
   std::stop_source stop_;
-  std::mutex mutex_;
-  bool ended_ = false;
-  double reported_ = -1;
-  std::chrono::steady_clock::time_point reported_at_;
+  util::Mutex mutex_;
+  bool ended_ GUARDED_BY(mutex_) = false;
+  double reported_ GUARDED_BY(mutex_) = -1;
+  std::chrono::steady_clock::time_point reported_at_ GUARDED_BY(mutex_);
 };
 
 }  // namespace tarnwick::mcp

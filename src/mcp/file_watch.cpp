@@ -5,12 +5,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <utility>
 #include <vector>
+
+#include "util/directory_entries.h"
 
 namespace tarnwick::mcp {
 namespace fs = std::filesystem;
@@ -28,10 +31,8 @@ bool is_never_watched(const fs::path& name) {
 
 bool holds_files(const fs::path& directory) {
   std::error_code error;
-  for (const fs::directory_entry& entry : fs::directory_iterator(directory, error)) {
-    if (!entry.is_directory(error)) return true;
-  }
-  return false;
+  const std::vector<fs::directory_entry> entries = util::entries_of(directory, error);
+  return std::ranges::any_of(entries, [&](const auto& entry) { return !entry.is_directory(error); });
 }
 
 std::pair<dev_t, ino_t> identity_of(const fs::path& directory) {
@@ -65,22 +66,31 @@ bool FileWatch::changed() const {
 
 bool FileWatch::is_replaced() const {
   const Identity now = identity_of(root_);
-  const std::lock_guard lock(mutex_);
+  const util::Lock lock(mutex_);
   return now != root_identity_;
 }
 
-void FileWatch::begin_anew() {
+void FileWatch::start_over() {
   for (const auto& [watch, directory] : directory_by_watch_) inotify_rm_watch(descriptor_, watch);
   directory_by_watch_.clear();
   watch_by_directory_.clear();
   grown_ = true;
-  const std::lock_guard lock(mutex_);
+  const util::Lock lock(mutex_);
   root_identity_ = identity_of(root_);
 }
 
 bool FileWatch::forget_changes() {
+  try {
+    return take_reported();
+  } catch (...) {
+    grown_ = true;  // what was taken and not looked at may have been a directory
+    throw;
+  }
+}
+
+bool FileWatch::take_reported() {
   const bool replaced = descriptor_ >= 0 && is_replaced();
-  if (replaced) begin_anew();
+  if (replaced) start_over();
   bool matters = replaced;
   alignas(inotify_event) std::array<char, BLOCK_BYTES> block{};
   ssize_t size = 0;
@@ -117,7 +127,9 @@ void FileWatch::add_below(const std::string& directory) {
   const fs::path path = root_ / directory;
   if (is_never_watched(path.filename()) || !add(directory)) return;
   std::error_code error;
-  for (const fs::directory_entry& entry : fs::directory_iterator(path, error)) {
+  const std::vector<fs::directory_entry> entries = util::entries_of(path, error);
+  if (error && error != std::errc::no_such_file_or_directory) complete_ = false;
+  for (const fs::directory_entry& entry : entries) {
     if (entry.is_directory(error) && !entry.is_symlink(error)) {
       add_below(joined(directory, entry.path().filename().native()));
     }

@@ -6,12 +6,13 @@
 #include <atomic>
 #include <filesystem>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
+
+#include "util/mutex.h"
 
 namespace tarnwick::mcp {
 
@@ -36,9 +37,11 @@ class FileWatch {
   bool complete() const { return complete_; }
 
   /// Takes what was reported so far, and watches the directories that came into being. Answers whether
-  /// anything of it matters.
+  /// anything of it matters. Throws what `matters` throws; what was reported besides counts as unknown: look
+  /// at all files, then call `watch`.
   bool forget_changes();
-  /// Whether directories came into being since `watch`, of which some may be for nobody to watch.
+  /// Whether directories may have come into being since `watch`, some of them unwatched, others to be left
+  /// out.
   bool has_grown() const { return grown_; }
 
   /// Watches these directories, relative to the root, and those that came since but hold no file yet; no
@@ -50,19 +53,20 @@ class FileWatch {
   /// Which directory the root's path leads to; all 0 for none.
   using Identity = std::pair<dev_t, ino_t>;
 
+  bool take_reported();
   bool add(const std::string& directory);
   void add_below(const std::string& directory);
   bool take(int watch, unsigned mask, const std::string& name);
   /// Whether another directory has taken the place of the root, or none: that is reported to no watch when it
   /// comes of renaming one around it.
   bool is_replaced() const;
-  void begin_anew();
+  void start_over();
 
   std::filesystem::path root_;
   Matters matters_;
   int descriptor_;
-  mutable std::mutex mutex_;
-  Identity root_identity_;
+  mutable util::Mutex mutex_;
+  Identity root_identity_ GUARDED_BY(mutex_);
   bool grown_ = false;
   std::atomic<bool> complete_ = true;
   std::unordered_map<int, std::string> directory_by_watch_;

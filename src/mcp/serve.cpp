@@ -16,7 +16,7 @@ void serve(int input, int output, const Tool& tool, const ServerOptions& options
   LineWriter writer(output, input);
   Server server(
       tool, [&writer](std::string line) { writer.send(std::move(line)); }, options);
-  LineReader reader(input, writer.closed(), options.most_message_bytes);
+  LineReader reader(input, writer.closed(), options.max_message_bytes);
   for (LineReader::Read read = reader.next(); read.status != LineReader::Status::end; read = reader.next()) {
     server.receive(read);
   }

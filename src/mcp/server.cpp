@@ -5,11 +5,12 @@
 #include <vector>
 
 #include "mcp/protocol.h"
+#include "util/threads.h"
 
 namespace tarnwick::mcp {
 namespace {
 
-constexpr std::size_t MOST_IN_BATCH = 100;
+constexpr std::size_t MAX_IN_BATCH = 100;
 
 Json capabilities() {
   return {{"tools", Json::object()}};  // the list never changes while the server runs
@@ -59,7 +60,7 @@ Server::Server(const Tool& tool, std::function<void(std::string)> send, const Se
     : tool_(tool), send_(std::move(send)), options_(options), workers_(options.workers) {}
 
 Server::~Server() {
-  const std::lock_guard lock(mutex_);
+  const util::Lock lock(mutex_);
   for (const auto& [id, exchange] : open_) exchange->stop();
 }
 
@@ -69,7 +70,7 @@ void Server::receive(const LineReader::Read& read) {
   };
   if (read.status == LineReader::Status::too_long) {
     return refuse(ErrorCode::invalid_request, "Invalid request: a message may have " +
-                                                  std::to_string(options_.most_message_bytes) + " bytes");
+                                                  std::to_string(options_.max_message_bytes) + " bytes");
   }
   if (read.text.find_first_not_of(" \t\r") == std::string::npos) return;
   try {
@@ -91,8 +92,8 @@ void Server::receive(const LineReader::Read& read) {
 void Server::receive_batch(Input batch) {
   if (!allows_batches(legacy_version_)) no_batches();
   if (batch.empty()) refuse_request("the batch is empty");
-  if (batch.size() > MOST_IN_BATCH)
-    refuse_request("a batch may have " + std::to_string(MOST_IN_BATCH) + " messages");
+  if (batch.size() > MAX_IN_BATCH)
+    refuse_request("a batch may have " + std::to_string(MAX_IN_BATCH) + " messages");
   std::vector<Incoming> messages;
   for (Input& json : batch) messages.push_back(to_message(std::move(json)));
   const auto is_owed = [](const Incoming& incoming) {
@@ -150,7 +151,7 @@ void Server::handle_notification(const Message& notification) {
   if (!id) return;
   std::shared_ptr<Exchange> exchange;
   {
-    const std::lock_guard lock(mutex_);
+    const util::Lock lock(mutex_);
     if (const auto found = open_.find(*id); found != open_.end()) exchange = found->second;
     if (const auto found = subscriptions_.find(*id); found != subscriptions_.end()) {
       exchange = found->second;
@@ -196,7 +197,9 @@ void Server::call_tool(Message request, const std::shared_ptr<Exchange>& exchang
   // From here on and not from when a worker takes it up: what waits behind long calls is also waited for.
   const auto deadline = Call::Clock::now() + options_.time_limit;
   workers_.run([this, exchange, modern, deadline, params = std::move(request.params)] {
-    Outcome outcome = run_tool(params, *exchange, deadline);
+    Outcome outcome;
+    const auto failure = util::failure_of([&] { outcome = run_tool(params, *exchange, deadline); });
+    if (failure) outcome = ProtocolError(ErrorCode::internal_error, "Internal error: " + *failure);
     close(*exchange);  // before the answer: with it, the client may use the id again
     if (auto* const error = std::get_if<ProtocolError>(&outcome)) {
       exchange->fail(*error);
@@ -224,22 +227,20 @@ Server::Outcome Server::run_tool(const Input& params, Exchange& exchange,
     return std::monostate{};
   } catch (const ProtocolError& error) {
     return error;
-  } catch (const std::exception& error) {
-    return ProtocolError(ErrorCode::internal_error, std::string("Internal error: ") + error.what());
   }
 }
 
 void Server::subscribe(const std::shared_ptr<Exchange>& exchange) {
   send(notification("notifications/subscriptions/acknowledged",
                     {{"_meta", subscription_meta(exchange->id())}, {"notifications", Json::object()}}));
-  const std::lock_guard lock(mutex_);
+  const util::Lock lock(mutex_);
   open_.erase(exchange->id());
   subscriptions_.emplace(exchange->id(), exchange);
 }
 
 std::shared_ptr<Exchange> Server::open(const RequestId& id, const Reply& reply) {
   auto exchange = std::make_shared<Exchange>(id, reply);
-  const std::lock_guard lock(mutex_);
+  const util::Lock lock(mutex_);
   if (subscriptions_.contains(id) || !open_.emplace(id, exchange).second) {
     refuse_request("the id is that of a request under way");
   }
@@ -248,15 +249,15 @@ std::shared_ptr<Exchange> Server::open(const RequestId& id, const Reply& reply) 
 
 void Server::close(const Exchange& exchange) {
   {
-    const std::lock_guard lock(mutex_);
+    const util::Lock lock(mutex_);
     open_.erase(exchange.id());
   }
   closed_.notify_all();
 }
 
 void Server::finish(std::chrono::milliseconds patience) {
-  std::unique_lock lock(mutex_);
-  closed_.wait_for(lock, patience, [this] { return open_.empty(); });
+  util::Lock lock(mutex_);
+  closed_.wait_for(lock, patience, [this]() REQUIRES(mutex_) { return open_.empty(); });
   for (const auto& [id, exchange] : open_) exchange->stop();
   for (const auto& [id, exchange] : subscriptions_) {
     exchange->answer(modern_result({{"_meta", subscription_meta(id)}}));

@@ -2,12 +2,10 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,6 +18,7 @@
 #include "mcp/transport.h"
 #include "mcp/worker_pool.h"
 #include "tarnwick/interface.h"
+#include "util/mutex.h"
 
 namespace tarnwick::mcp {
 
@@ -35,7 +34,7 @@ class Tool : public Interface {
 };
 
 struct ServerOptions {
-  std::size_t most_message_bytes = std::size_t{1} << 20U;
+  std::size_t max_message_bytes = std::size_t{1} << 20U;
   std::size_t workers = 4;  ///< requests at work at a time; more than the cores, as some wait for files
   std::chrono::milliseconds time_limit = std::chrono::seconds(30);  ///< of one request, from its arrival
   std::string_view instructions = {};                               ///< for the model that uses the client
@@ -72,7 +71,7 @@ class Server {
   Json tools_list(const Input& params) const;
 
   void call_tool(Message request, const std::shared_ptr<Exchange>& exchange, bool modern);
-  /// A result, an error, or nothing when the client took the request back.
+  /// Nothing when the client took the request back.
   using Outcome = std::variant<std::monostate, Json, ProtocolError>;
   Outcome run_tool(const Input& params, Exchange& exchange, Call::Clock::time_point deadline) const;
   void subscribe(const std::shared_ptr<Exchange>& exchange);
@@ -86,10 +85,10 @@ class Server {
   ServerOptions options_;
   std::optional<std::string_view> legacy_version_;  ///< once a client has shaken hands
 
-  std::mutex mutex_;
-  std::condition_variable closed_;
-  std::map<RequestId, std::shared_ptr<Exchange>> open_;
-  std::map<RequestId, std::shared_ptr<Exchange>> subscriptions_;
+  util::Mutex mutex_;
+  util::Condition closed_;
+  std::map<RequestId, std::shared_ptr<Exchange>> open_ GUARDED_BY(mutex_);
+  std::map<RequestId, std::shared_ptr<Exchange>> subscriptions_ GUARDED_BY(mutex_);
   WorkerPool workers_;  ///< last, so that its threads end first
 };
 

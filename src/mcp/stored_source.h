@@ -2,11 +2,7 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
-#include <cstdint>
 #include <filesystem>
-#include <mutex>
-#include <optional>
 #include <stop_token>
 #include <string>
 #include <thread>
@@ -15,6 +11,9 @@
 #include "indexing/indexer.h"
 #include "mcp/file_watch.h"
 #include "mcp/source.h"
+#include "mcp/update_queue.h"
+#include "util/mutex.h"
+#include "util/wakeup.h"
 
 namespace tarnwick::mcp {
 
@@ -41,45 +40,26 @@ class StoredSource final : public Source {
   void run(const std::stop_token& stop);
   void run_history(const std::stop_token& stop);
   void await_first_call(const std::stop_token& stop);
+  void await_change(const std::stop_token& stop, std::chrono::milliseconds rest);
   void update_once(const std::stop_token& stop);
-  void look_at_files(const std::stop_token& stop);
+  /// Notes in `outcome` how far it came before it throws.
+  void perform(const UpdateQueue::Update& update, const std::stop_token& stop, UpdateQueue::Outcome& outcome);
   void set_damaged_aside(const std::stop_token& stop);
-  void watch_directories();
-  void wait_for_change(const std::stop_token& stop, std::chrono::milliseconds pause) const;
-  void note_progress(std::int64_t done, std::int64_t total);
-  void wake() const;
+  bool watch_directories();
 
-  // With the mutex held:
-  void want(std::uint64_t update);
-  /// Wants an update that looks at the files whatever the watch reports.
-  void want_look();
-  Indexing indexing(bool in_progress) const;
-
-  std::string name_;
-  indexing::IndexOptions update_;
+  const std::string name_;
+  const indexing::IndexOptions update_;
   index::ReadPool pool_;
   FileWatch watch_;
-  int wake_;  ///< an eventfd that ends the thread's waits
+  util::Wakeup wakeup_;  ///< ends the waiting of `thread_`
 
-  mutable std::mutex mutex_;
-  std::condition_variable_any changed_;
-  std::uint64_t wanted_ = 1;    ///< number of the update that somebody waits for
-  std::uint64_t started_ = 0;   ///< number of the last update that began, which looks at all files after that
-  std::uint64_t finished_ = 0;  ///< and of the last that ended
-  std::uint64_t looked_ = 0;    ///< and of the last that had reason to look at the files
-  Call::Clock::time_point began_at_;  ///< of the update `started_`
-  bool must_look_ = true;             ///< the next update looks at the files whatever the watch reports
-  bool damaged_ = false;              ///< the next update sets the index aside
-  bool renewing_ = false;             ///< the running update did so
-  bool asked_ = false;                ///< a call has had its view
-  bool complete_ = false;             ///< there was a whole index at some time
-  std::int64_t files_done_ = 0;
-  std::int64_t files_total_ = 0;  ///< that the running update reads; 0: none yet
-  std::optional<std::string> failure_;
+  util::Mutex mutex_;
+  util::Condition changed_;
+  UpdateQueue queue_ GUARDED_BY(mutex_);
 
   // Last, so that they end first. Reading the history takes longer than a changed file may be waited for.
-  std::jthread history_thread_;
   std::jthread thread_;
+  std::jthread history_thread_;
 };
 
 }  // namespace tarnwick::mcp

@@ -1,7 +1,6 @@
 #include "mcp/transport.h"
 
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,16 +8,16 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdint>
-#include <system_error>
 #include <utility>
+
+#include "util/threads.h"
 
 namespace tarnwick::mcp {
 namespace {
 
 constexpr std::size_t READ_BYTES = std::size_t{64} << 10U;
 constexpr int LOOK_UP_MS = 200;
-constexpr int MOST_STALLS = 10;  // of LOOK_UP_MS, before a reader that takes nothing at the end is left alone
+constexpr int MAX_STALLS = 10;  // of LOOK_UP_MS, before a reader that takes nothing at the end is left alone
 
 /// What holds of a descriptor now, of `wanted` and the errors.
 short events_of(int descriptor, short wanted) {
@@ -75,12 +74,12 @@ bool LineReader::fill() {
 std::optional<LineReader::Read> LineReader::take_line() {
   const std::size_t end = buffer_.find('\n', searched_);
   if (end == std::string::npos) {
-    if (buffer_.size() > most_bytes_) skipping_ = true;
+    if (buffer_.size() > max_bytes_) skipping_ = true;
     if (skipping_) buffer_.clear();
     searched_ = buffer_.size();
     return std::nullopt;
   }
-  Read read{std::exchange(skipping_, false) || end > most_bytes_ ? Status::too_long : Status::line};
+  Read read{std::exchange(skipping_, false) || end > max_bytes_ ? Status::too_long : Status::line};
   if (read.status == Status::line) read.text = buffer_.substr(0, end);
   buffer_.erase(0, end + 1);
   searched_ = 0;
@@ -88,25 +87,21 @@ std::optional<LineReader::Read> LineReader::take_line() {
 }
 
 LineWriter::LineWriter(int descriptor, int input)
-    : descriptor_(descriptor), input_(input), closed_(eventfd(0, EFD_CLOEXEC)) {
-  if (closed_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
-  thread_ = std::thread([this] { run(); });
-}
+    : descriptor_(descriptor), input_(input), thread_([this] { run(); }) {}
 
 LineWriter::~LineWriter() {
   {
-    const std::lock_guard lock(mutex_);
+    const util::Lock lock(mutex_);
     finishing_ = true;
   }
   changed_.notify_all();
   thread_.join();
-  ::close(closed_);
 }
 
 void LineWriter::send(std::string line) {
   line += '\n';
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return broken_ || queued_bytes_ <= MOST_QUEUED; });
+  util::Lock lock(mutex_);
+  changed_.wait(lock, [this]() REQUIRES(mutex_) { return broken_ || queued_bytes_ <= MAX_QUEUED; });
   if (broken_) return;
   queued_bytes_ += line.size();
   queue_.push_back(std::move(line));
@@ -115,29 +110,35 @@ void LineWriter::send(std::string line) {
 
 void LineWriter::close() {
   {
-    const std::lock_guard lock(mutex_);
+    const util::Lock lock(mutex_);
     broken_ = true;
     queue_.clear();
   }
   changed_.notify_all();
-  const std::uint64_t one = 1;
-  [[maybe_unused]] const ssize_t told = write(closed_, &one, sizeof one);
+  closed_.signal();
 }
 
 void LineWriter::run() {
-  while (true) {
-    std::string text;
-    {
-      std::unique_lock lock(mutex_);
-      changed_.wait(lock, [this] { return broken_ || finishing_ || !queue_.empty(); });
-      if (broken_ || queue_.empty()) return;
-      for (const std::string& line : queue_) text += line;  // one call for all that wait
-      queue_.clear();
-      queued_bytes_ = 0;
+  const auto failure = util::failure_of([this] {
+    for (std::string text = take_queued(); !text.empty(); text = take_queued()) {
+      if (!write_all(text)) return close();
     }
-    changed_.notify_all();
-    if (!write_all(text)) return close();
+  });
+  if (failure) close();  // part of a message may be lost: nothing that follows would be understood
+}
+
+std::string LineWriter::take_queued() {
+  std::string text;
+  {
+    util::Lock lock(mutex_);
+    changed_.wait(lock, [this]() REQUIRES(mutex_) { return broken_ || finishing_ || !queue_.empty(); });
+    if (broken_) return {};
+    for (const std::string& line : queue_) text += line;  // one call for all that wait
+    queue_.clear();
+    queued_bytes_ = 0;
   }
+  changed_.notify_all();
+  return text;
 }
 
 bool LineWriter::write_all(const std::string& text) const {
@@ -146,7 +147,7 @@ bool LineWriter::write_all(const std::string& text) const {
   while (done < text.size() && !broken_) {
     pollfd waiting{descriptor_, POLLOUT, 0};
     if (poll(&waiting, 1, LOOK_UP_MS) == 0) {
-      if ((finishing_ || has_hung_up(input_)) && ++stalls == MOST_STALLS) return false;
+      if ((finishing_ || has_hung_up(input_)) && ++stalls == MAX_STALLS) return false;
       continue;
     }
     // A pipe that polls writable takes this much without blocking, so that the end is never waited for in

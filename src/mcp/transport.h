@@ -2,13 +2,14 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <cstddef>
 #include <deque>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
+
+#include "util/mutex.h"
+#include "util/wakeup.h"
 
 namespace tarnwick::mcp {
 
@@ -21,10 +22,10 @@ class LineReader {
     std::string text = {};  ///< the line without its end
   };
 
-  /// A line of more than `most_bytes` is passed over, not stored. Reading also ends, whatever is left to
+  /// A line of more than `max_bytes` is passed over, not stored. Reading also ends, whatever is left to
   /// read, when `quit` becomes readable. Neither descriptor is owned.
-  LineReader(int descriptor, int quit, std::size_t most_bytes)
-      : descriptor_(descriptor), quit_(quit), most_bytes_(most_bytes) {}
+  LineReader(int descriptor, int quit, std::size_t max_bytes)
+      : descriptor_(descriptor), quit_(quit), max_bytes_(max_bytes) {}
 
   /// Waits for the next line. A last line that the end of input cuts off is a line too. An error of the
   /// descriptor is an end.
@@ -36,7 +37,7 @@ class LineReader {
 
   int descriptor_;
   int quit_;
-  std::size_t most_bytes_;
+  std::size_t max_bytes_;
   std::string buffer_;
   std::size_t searched_ = 0;  ///< bytes of the buffer that hold no line end
   bool skipping_ = false;     ///< inside a line that is too long
@@ -55,31 +56,33 @@ class LineWriter {
   /// Writes what is queued, unless the reader is gone or takes nothing for seconds, and ends the thread.
   ~LineWriter();
 
-  /// Queues one line, without its end. Waits while more than `MOST_QUEUED` bytes wait to be written.
+  /// Queues one line, without its end. Waits while more than `MAX_QUEUED` bytes wait to be written.
   void send(std::string line);
 
   /// Whether the other side has gone.
   bool is_closed() const { return broken_; }
   /// A descriptor that becomes readable when the other side has gone: nothing can be sent any more.
-  int closed() const { return closed_; }
+  int closed() const { return closed_.descriptor(); }
   /// Gives up on the other side: what is queued is dropped.
   void close();
 
-  static constexpr std::size_t MOST_QUEUED = std::size_t{64} << 20U;
+  static constexpr std::size_t MAX_QUEUED = std::size_t{64} << 20U;
 
  private:
   void run();
+  /// Waits for lines and takes all that are queued; empty when there is nothing more to write.
+  std::string take_queued();
   bool write_all(const std::string& text) const;
 
   int descriptor_;
   int input_;
-  int closed_;
+  util::Wakeup closed_;
   std::atomic<bool> broken_ = false;
   std::atomic<bool> finishing_ = false;
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::deque<std::string> queue_;
-  std::size_t queued_bytes_ = 0;
+  util::Mutex mutex_;
+  util::Condition changed_;
+  std::deque<std::string> queue_ GUARDED_BY(mutex_);
+  std::size_t queued_bytes_ GUARDED_BY(mutex_) = 0;
   std::thread thread_;
 };
 

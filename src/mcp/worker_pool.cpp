@@ -1,17 +1,18 @@
 #include "mcp/worker_pool.h"
 
+#include <spdlog/spdlog.h>
+
 #include <utility>
+
+#include "util/threads.h"
 
 namespace tarnwick::mcp {
 
-WorkerPool::WorkerPool(std::size_t threads) {
-  threads_.reserve(threads);
-  while (threads_.size() < threads) threads_.emplace_back([this] { work(); });
-}
+WorkerPool::WorkerPool(std::size_t threads) : threads_(util::start_threads(threads, [this] { work(); })) {}
 
 WorkerPool::~WorkerPool() {
   {
-    const std::lock_guard lock(mutex_);
+    const util::Lock lock(mutex_);
     ending_ = true;
   }
   added_.notify_all();
@@ -20,8 +21,8 @@ WorkerPool::~WorkerPool() {
 
 void WorkerPool::run(Job job) {
   {
-    std::unique_lock lock(mutex_);
-    taken_.wait(lock, [this] { return jobs_.size() < MOST_WAITING; });
+    util::Lock lock(mutex_);
+    taken_.wait(lock, [this]() REQUIRES(mutex_) { return jobs_.size() < MAX_WAITING; });
     jobs_.push_back(std::move(job));
   }
   added_.notify_one();
@@ -31,14 +32,14 @@ void WorkerPool::work() {
   while (true) {
     Job job;
     {
-      std::unique_lock lock(mutex_);
-      added_.wait(lock, [this] { return ending_ || !jobs_.empty(); });
+      util::Lock lock(mutex_);
+      added_.wait(lock, [this]() REQUIRES(mutex_) { return ending_ || !jobs_.empty(); });
       if (jobs_.empty()) return;
       job = std::move(jobs_.front());
       jobs_.pop_front();
     }
     taken_.notify_one();
-    job();
+    if (const auto failure = util::failure_of(job)) spdlog::error("a request failed: {}", *failure);
   }
 }
 

@@ -1,13 +1,13 @@
 // The threads that requests run on.
 #pragma once
 
-#include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <thread>
 #include <vector>
+
+#include "util/mutex.h"
 
 namespace tarnwick::mcp {
 
@@ -16,26 +16,29 @@ class WorkerPool {
  public:
   using Job = std::function<void()>;
 
+  /// Starts `threads` threads, at least 1, or as many as the system gives. Throws std::system_error when it
+  /// gives none.
   explicit WorkerPool(std::size_t threads);
   WorkerPool(const WorkerPool&) = delete;
   WorkerPool& operator=(const WorkerPool&) = delete;
   /// Runs the jobs that are left and ends the threads.
   ~WorkerPool();
 
-  /// Adds a job, which must not throw. Waits while `MOST_WAITING` jobs wait: whoever sends requests faster
-  /// than they are answered is slowed down instead of filling the memory.
+  /// Adds a job. Waits while `MAX_WAITING` jobs wait: a client that sends requests faster than they are
+  /// answered is slowed down instead of filling the memory. What a job throws is logged and ends nothing
+  /// else.
   void run(Job job);
 
-  static constexpr std::size_t MOST_WAITING = 1024;
+  static constexpr std::size_t MAX_WAITING = 1024;
 
  private:
   void work();
 
-  std::mutex mutex_;
-  std::condition_variable added_;
-  std::condition_variable taken_;
-  std::deque<Job> jobs_;
-  bool ending_ = false;
+  util::Mutex mutex_;
+  util::Condition added_;
+  util::Condition taken_;
+  std::deque<Job> jobs_ GUARDED_BY(mutex_);
+  bool ending_ GUARDED_BY(mutex_) = false;
   std::vector<std::jthread> threads_;
 };
 

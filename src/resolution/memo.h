@@ -4,30 +4,30 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
-#include <shared_mutex>
 #include <unordered_map>
 #include <utility>
 
+#include "util/mutex.h"
+
 namespace tarnwick::resolution {
 
-/// Keeps values by id until they have more than `most` elements together, then forgets all of them: what is
-/// asked for often is soon there again. Values have a size(). Safe to share between threads.
+/// Keeps values by id until they have more than `max_elements` elements together, then forgets all of them:
+/// what is asked for often is soon there again. Values have a size(). Safe to share between threads.
 template <class Value>
 class Memo {
  public:
-  explicit Memo(std::size_t most) : most_(most) {}
+  explicit Memo(std::size_t max_elements) : max_elements_(max_elements) {}
 
   /// The value of `id`, from `make()` unless it is kept. Two threads may make the same one.
   template <class Make>
   std::shared_ptr<const Value> get(std::int64_t id, Make&& make) {
     {
-      const std::shared_lock lock(mutex_);
+      const util::ReaderLock lock(mutex_);
       if (const auto found = values_.find(id); found != values_.end()) return found->second;
     }
     auto value = std::make_shared<const Value>(make());
-    const std::lock_guard lock(mutex_);
-    if (elements_ > most_) {
+    const util::WriterLock lock(mutex_);
+    if (elements_ > max_elements_) {
       values_.clear();
       elements_ = 0;
     }
@@ -36,10 +36,10 @@ class Memo {
   }
 
  private:
-  std::size_t most_;
-  std::size_t elements_ = 0;
-  std::shared_mutex mutex_;
-  std::unordered_map<std::int64_t, std::shared_ptr<const Value>> values_;
+  std::size_t max_elements_;
+  util::SharedMutex mutex_;
+  std::size_t elements_ GUARDED_BY(mutex_) = 0;
+  std::unordered_map<std::int64_t, std::shared_ptr<const Value>> values_ GUARDED_BY(mutex_);
 };
 
 }  // namespace tarnwick::resolution

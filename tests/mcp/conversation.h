@@ -26,6 +26,7 @@ class FakeTool final : public mcp::Tool {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
       call.check();
     }
+    if (what == "throw") throw what;  // nothing that says what it is
     if (what == "fail") throw std::runtime_error("it broke");
     return {{"content", mcp::Json::array({{{"type", "text"}, {"text", what}}})}};
   }

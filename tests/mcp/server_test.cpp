@@ -91,6 +91,7 @@ TEST(Server, AnswersHostileLines) {
           {legacy("tools/call", R"({"name":"other"})"), -32602, "1"},
           {legacy("tools/call", R"({"name":"context","arguments":[]})"), -32602, "1"},
           {legacy("tools/call", R"({"name":"context","arguments":{"do":"fail"}})"), -32603, "1"},
+          {legacy("tools/call", R"({"name":"context","arguments":{"do":"throw"}})"), -32603, "1"},
           // A text that was cut inside a character, as clients in JavaScript do.
           {legacy("tools/call", R"({"name":"context","arguments":{"do":"\\\ud83d"}})"), 0, "1"},
           {legacy("ping", "{}", R"("a\u0000b")"), 0, R"("a\u0000b")"},
@@ -240,6 +241,16 @@ TEST(Server, LimitsTheTimeOfACall) {
   conversation.initialize();
   const Json answer = conversation.ask(wait_call("1"));
   EXPECT_THAT(answer["error"]["message"].get<std::string>(), HasSubstr("timed out"));
+}
+
+TEST(WorkerPool, OutlivesAJobThatThrows) {
+  bool done = false;
+  {
+    mcp::WorkerPool pool(1);
+    pool.run([] { throw std::runtime_error("it broke"); });
+    pool.run([&] { done = true; });
+  }
+  EXPECT_TRUE(done);
 }
 
 TEST(Server, CountsTheTimeThatACallWaitedForOthers) {

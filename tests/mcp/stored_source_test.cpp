@@ -2,35 +2,50 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <cerrno>
 #include <cstdlib>
+#include <limits>
 #include <thread>
 
 #include "index/index_file.h"
 #include "mcp/confined_repository.h"
+#include "support/faults.h"
 #include "support/indexed_tree.h"
 
 namespace tarnwick::testing {
 namespace {
 
 using namespace std::chrono_literals;
+using ::testing::HasSubstr;
 
-/// Takes its time over each file.
-class SlowExtractor final : public facts::Extractor {
+/// Reads as many files as a test allows, and fails at the language of `*.bad`.
+class GatedExtractor final : public facts::Extractor {
  public:
+  /// How many files may be read in all; the threads that want to read more wait.
+  void allow(int files) {
+    allowed_ = files;
+    allowed_.notify_all();
+  }
+
   std::string version() const override { return inner_.version(); }
   std::string language_of(std::string_view path, std::optional<std::string_view> head) const override {
+    if (path.ends_with(".bad")) throw std::runtime_error("a bad name");
     return inner_.language_of(path, head);
   }
   bool is_source(std::string_view language) const override { return inner_.is_source(language); }
   bool is_test_path(std::string_view path) const override { return inner_.is_test_path(path); }
   facts::FileFacts extract(std::string_view path, std::string_view text,
                            std::string_view language) const override {
-    std::this_thread::sleep_for(2ms);
+    const int number = ++asked_;
+    for (int allowed = allowed_; allowed < number; allowed = allowed_) allowed_.wait(allowed);
     return inner_.extract(path, text, language);
   }
 
  private:
   ToyExtractor inner_;
+  std::atomic<int> allowed_ = std::numeric_limits<int>::max();
+  mutable std::atomic<int> asked_ = 0;
 };
 
 class StoredSourceTest : public ::testing::Test {
@@ -41,11 +56,16 @@ class StoredSourceTest : public ::testing::Test {
   }
   static mcp::Call call() { return {{}, mcp::Call::Clock::now() + 20s}; }
 
-  /// The state of the index at each look, up to the end of the first indexing.
+  static mcp::Indexing look(mcp::Source& source) {
+    const mcp::Indexing state = source.refresh(call());
+    source.view(call());
+    return state;
+  }
+  /// The progress at each look, up to the end of the first indexing.
   static std::vector<std::int64_t> progress_of(mcp::Source& source) {
     std::vector<std::int64_t> seen;
-    for (mcp::Indexing state = source.refresh(call());; state = source.refresh(call())) {
-      source.view(call());
+    while (true) {
+      const mcp::Indexing state = look(source);
       seen.push_back(state.progress);
       if (!state.in_progress) return seen;
       std::this_thread::sleep_for(1ms);
@@ -58,25 +78,38 @@ class StoredSourceTest : public ::testing::Test {
   }
 
   IndexedTree tree_;
-  SlowExtractor extractor_;
+  GatedExtractor extractor_;
 };
 
 TEST_F(StoredSourceTest, TellsARisingProgressOfTheFirstIndexing) {
   for (int i = 0; i < 150; ++i)
     tree_.write("f" + std::to_string(i) + ".toy", "fn f" + std::to_string(i) + "\nend\n");
+  extractor_.allow(0);
   mcp::StoredSource source = this->source(true);
+  EXPECT_EQ(look(source).progress, 0);
+  extractor_.allow(75);
+  std::int64_t part = 0;
+  while (part == 0) part = look(source).progress;
+  EXPECT_LE(part, 50);
+  extractor_.allow(150);
   const std::vector<std::int64_t> seen = progress_of(source);
-  EXPECT_EQ(seen.front(), 0);
-  EXPECT_EQ(seen.back(), 100);
+  EXPECT_GE(seen.front(), part);
   EXPECT_TRUE(std::ranges::is_sorted(seen));
-  EXPECT_TRUE(std::ranges::any_of(seen, [](std::int64_t part) { return part > 0 && part < 100; }));
+  EXPECT_EQ(seen.back(), 100);
 }
 
 TEST_F(StoredSourceTest, ShowsEveryEditWatchedOrNot) {
-  for (const bool watch : {true, false}) {
+  enum class Watch { whole, short_of_watches, none };
+  for (const Watch kind : {Watch::whole, Watch::short_of_watches, Watch::none}) {
+    const int watch = static_cast<int>(kind);
+    std::optional<Fault> fault;
+    if (kind == Watch::short_of_watches) fault.emplace(Fault::Call::watch_directory, ENOSPC, 1);
     tree_.write("a.toy", "fn one\nend\n");
-    mcp::StoredSource source = this->source(watch);
+    tree_.write("deep/c.toy", "fn below\nend\n");
+    mcp::StoredSource source = this->source(kind != Watch::none);
     progress_of(source);
+    tree_.write("deep/c.toy", "fn changed\nend\n");
+    EXPECT_EQ(matches(source, "changed"), 1) << watch;
     EXPECT_EQ(matches(source, "one"), 1) << watch;
     tree_.write("a.toy", "fn another\nend\n");
     tree_.write("deep/er/b.toy", "fn new_one\nend\n");
@@ -122,16 +155,26 @@ TEST_F(StoredSourceTest, FollowsARootThatAnotherDirectoryReplaces) {
   EXPECT_EQ(matches(source, "next"), 1);
 }
 
-TEST_F(StoredSourceTest, WaitsOnceForAnotherThatWrites) {
+TEST_F(StoredSourceTest, OutlivesAnUpdateThatThrows) {
+  tree_.write("a.toy", "fn one\nend\n");
+  mcp::StoredSource source = this->source(true);
+  progress_of(source);
+  tree_.write("new/file.bad", "x");  // asked about as soon as the watch is read
+  EXPECT_THAT(source.refresh(call()).failure, ::testing::Optional(HasSubstr("a bad name")));
+  tree_.remove("new/file.bad");
+  tree_.write("new/b.toy", "fn two\nend\n");
+  EXPECT_EQ(matches(source, "two"), 1);
+  tree_.write("new/b.toy", "fn three\nend\n");
+  EXPECT_EQ(matches(source, "three"), 1);
+}
+
+TEST_F(StoredSourceTest, WaitsNotForEverForAnotherThatWrites) {
   tree_.write("a.toy", "fn one\nend\n");
   mcp::StoredSource source = this->source(true);
   progress_of(source);
   const index::WriterLock lock(tree_.index_file(), {});
   tree_.write("a.toy", "fn other\nend\n");
-  source.refresh(call());
-  const auto start = mcp::Call::Clock::now();
   const mcp::Indexing state = source.refresh(call());
-  EXPECT_LT(mcp::Call::Clock::now() - start, 1s);
   EXPECT_TRUE(state.in_progress);
   EXPECT_LT(state.progress, 100);
 }

@@ -117,8 +117,8 @@ TEST(LineWriter, KeepsNoSenderWaitingForOneThatHungUp) {
   const Pipe output;
   Pipe input;
   LineWriter writer(output.write_end(), input.read_end());
-  writer.send(std::string(LineWriter::MOST_QUEUED, 'x'));
-  writer.send(std::string(LineWriter::MOST_QUEUED, 'x'));
+  writer.send(std::string(LineWriter::MAX_QUEUED, 'x'));
+  writer.send(std::string(LineWriter::MAX_QUEUED, 'x'));
   input.put("still unread");
   input.close_write();
   writer.send("let go of");
