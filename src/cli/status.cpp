@@ -27,7 +27,7 @@ constexpr const char* HELP =
     "  tarnwick status              what the index of the repository around the working directory holds\n"
     "  tarnwick status --skipped    every file that was left out, and why\n"
     "\n"
-    "Links, files over 1 MiB, binary, minified, generated and vendored files are left out, and what git "
+    "Links, files over 1 MiB, binary, minified, generated, vendored and key files are left out, and what git "
     "ignores.";
 
 struct StatusOptions {

@@ -4,6 +4,8 @@
 #include <array>
 #include <cstddef>
 
+#include "secrets/secrets.h"
+
 namespace tarnwick::indexing::skips {
 namespace {
 
@@ -66,7 +68,8 @@ std::string_view by_path(std::string_view path) {
     if (slash == std::string_view::npos) {
       const std::string_view name = path.substr(start);
       if (is_one_of(LOCK_FILES, name) || ends_with_one(GENERATED_ENDS, name)) return GENERATED;
-      return ends_with_one(MINIFIED_ENDS, name) ? MINIFIED : std::string_view();
+      if (ends_with_one(MINIFIED_ENDS, name)) return MINIFIED;
+      return secrets::is_secret_file(path) ? SECRET : std::string_view();
     }
     if (is_vendored_directory(path.substr(start, slash - start))) return VENDORED;
     start = slash + 1;

@@ -12,6 +12,7 @@ inline constexpr std::string_view BINARY = "binary";
 inline constexpr std::string_view MINIFIED = "minified";
 inline constexpr std::string_view GENERATED = "generated";
 inline constexpr std::string_view VENDORED = "vendored";
+inline constexpr std::string_view SECRET = "keys or passwords";
 inline constexpr std::string_view UNREADABLE = "unreadable";
 inline constexpr std::string_view NOT_REGULAR = "not a regular file";
 inline constexpr std::string_view OF_THE_KERNEL = "the kernel's own";
@@ -20,7 +21,7 @@ inline constexpr std::string_view UNSUPPORTED = "unsupported type";
 /// Whether a directory of that name holds other people's code.
 bool is_vendored_directory(std::string_view name);
 
-/// VENDORED, MINIFIED or GENERATED when the path says so, else empty.
+/// VENDORED, MINIFIED, GENERATED or SECRET when the path says so, else empty.
 std::string_view by_path(std::string_view path);
 
 /// BINARY, MINIFIED or GENERATED when the content says so, else empty. `bytes` as they are on disk, `text`
