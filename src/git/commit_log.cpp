@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <limits>
 #include <utility>
 
 #include "text/surrogates.h"
@@ -23,6 +24,8 @@ bool is_hash(std::string_view text) {
 /// Takes `log -z --name-only` apart: a mark, hash, subject, then the files, each ended by a NUL.
 class LogReader {
  public:
+  explicit LogReader(const std::function<void(Commit)>& visit) : visit_(&visit) {}
+
   void take(std::string_view piece) {
     while (!piece.empty()) {
       const std::size_t end = piece.find(COMMIT_MARK);
@@ -33,13 +36,7 @@ class LogReader {
     }
   }
 
-  /// What was read whole; a last commit that was cut off is left out.
-  std::vector<Commit> commits(bool is_whole) {
-    if (is_whole) finish_record();
-    return std::move(commits_);
-  }
-
- private:
+  /// To be called at the end of a whole log: the record before may be cut off.
   void finish_record() {
     const std::string record = std::exchange(record_, {});
     const std::size_t subject = record.find(FIELD_MARK);
@@ -53,11 +50,12 @@ class LogReader {
         commit.files.push_back(text::from_os(std::string_view(record).substr(begin, end - begin)));
       at = end + 1;
     }
-    commits_.push_back(std::move(commit));
+    (*visit_)(std::move(commit));
   }
 
+ private:
+  const std::function<void(Commit)>* visit_;
   std::string record_;
-  std::vector<Commit> commits_;
 };
 
 /// Takes `diff-tree --stdin -p` apart, line by line.
@@ -142,46 +140,53 @@ std::string joined_lines(const std::vector<std::string>& lines) {
 
 }  // namespace
 
-std::optional<std::string> head_commit(const std::filesystem::path& root, const Patience& patience) {
-  std::string output;
-  const GitEnd end = run_git(root, {"rev-parse", "--verify", "--quiet", "HEAD^{commit}"}, {}, patience,
-                             [&](std::string_view piece) { output += piece; });
+std::optional<std::string> head_commit(const std::filesystem::path& root, const Patience& patience) try {
+  std::string output = git_output({.directory = root,
+                                   .arguments = {"rev-parse", "--verify", "--quiet", "HEAD^{commit}"},
+                                   .may_answer_none = true},
+                                  patience);
   while (output.ends_with('\n')) output.pop_back();
-  return end == GitEnd::finished && is_hash(output) ? std::optional(output) : std::nullopt;
+  return is_hash(output) ? std::optional(output) : std::nullopt;
+} catch (const GitError& error) {
+  if (error.kind() == GitError::Kind::not_a_repository) return std::nullopt;
+  throw;
 }
 
-std::optional<std::vector<std::string>> list_commits(const std::filesystem::path& root,
-                                                     const std::string& head, std::size_t limit,
-                                                     const Patience& patience) {
-  std::string output;
-  const GitEnd end =
-      run_git(root, {"rev-list", "--no-merges", "--max-count=" + std::to_string(limit), head, "--"}, {},
-              patience, [&](std::string_view piece) { output += piece; });
-  return end == GitEnd::finished ? std::optional(lines_of(output)) : std::nullopt;
+std::vector<std::string> list_commits(const std::filesystem::path& root, const std::string& head,
+                                      std::size_t limit, const Patience& patience) {
+  return lines_of(git_output(
+      {.directory = root,
+       .arguments = {"rev-list", "--no-merges", "--max-count=" + std::to_string(limit), head, "--"}},
+      patience));
 }
 
-std::vector<Commit> read_commits(const std::filesystem::path& root, const std::vector<std::string>& hashes,
-                                 const Patience& patience) {
-  if (hashes.empty()) return {};
-  LogReader reader;
-  const GitEnd end =
-      run_git(root,
-              {"log", "--stdin", "--no-walk=unsorted", "--no-renames", "--name-only", "-z", "--relative",
-               "--no-show-signature", "--no-color", "--encoding=UTF-8", "--format=%x01%H%x02%s%x02", "--"},
-              joined_lines(hashes), patience, [&](std::string_view piece) { reader.take(piece); });
-  return reader.commits(end == GitEnd::finished);
+void read_commits(const std::filesystem::path& root, const std::vector<std::string>& hashes,
+                  const Patience& patience, const std::function<void(Commit)>& visit) {
+  if (hashes.empty()) return;
+  LogReader reader(visit);
+  run_git({.directory = root,
+           .arguments = {"log", "--stdin", "--no-walk=unsorted", "--no-renames", "--name-only", "-z",
+                         "--relative", "--no-show-signature", "--no-color", "--encoding=UTF-8",
+                         "--format=%x01%H%x02%s%x02", "--"},
+           .input = joined_lines(hashes)},
+          patience, [&](std::string_view piece) { reader.take(piece); });
+  reader.finish_record();
 }
 
 void read_touched(const std::filesystem::path& root, const std::vector<std::string>& hashes,
                   const Patience& patience,
                   const std::function<void(const std::string&, std::vector<Touched>)>& visit) {
+  if (hashes.empty()) return;
   PatchReader reader(visit);
-  const GitEnd end =
-      run_git(root,
-              {"diff-tree", "--stdin", "-r", "--root", "-p", "-U0", "--no-renames", "--relative",
-               "--no-color", "--no-ext-diff", "--no-textconv", "--src-prefix=a/", "--dst-prefix=b/"},
-              joined_lines(hashes), patience, [&](std::string_view piece) { reader.take(piece); });
-  if (end == GitEnd::finished) reader.finish_commit();
+  Patience endless = patience;  // patches are read line by line and not kept
+  endless.max_output = std::numeric_limits<std::size_t>::max();
+  run_git(
+      {.directory = root,
+       .arguments = {"diff-tree", "--stdin", "-r", "--root", "-p", "-U0", "--no-renames", "--relative",
+                     "--no-color", "--no-ext-diff", "--no-textconv", "--src-prefix=a/", "--dst-prefix=b/"},
+       .input = joined_lines(hashes)},
+      endless, [&](std::string_view piece) { reader.take(piece); });
+  reader.finish_commit();
 }
 
 }  // namespace tarnwick::git

@@ -27,22 +27,21 @@ struct Touched {
   std::vector<std::string> names;  ///< each once
 };
 
+// The questions below throw what run_git throws. What was visited until then is whole.
+
 /// The commit checked out at `root`, which may lie anywhere in a working tree. Nothing where there is no git
-/// repository, no commit or no git.
+/// repository or no commit.
 std::optional<std::string> head_commit(const std::filesystem::path& root, const Patience& patience);
 
 /// The hashes of the last `limit` commits that lead to `head`, newest first: a function of `head` alone.
-/// Nothing when git fails or patience is over.
-std::optional<std::vector<std::string>> list_commits(const std::filesystem::path& root,
-                                                     const std::string& head, std::size_t limit,
-                                                     const Patience& patience);
+std::vector<std::string> list_commits(const std::filesystem::path& root, const std::string& head,
+                                      std::size_t limit, const Patience& patience);
 
-/// The commits of `hashes`, in that order: as many as patience allows.
-std::vector<Commit> read_commits(const std::filesystem::path& root, const std::vector<std::string>& hashes,
-                                 const Patience& patience);
+/// Calls `visit` for each of the commits `hashes`, in that order.
+void read_commits(const std::filesystem::path& root, const std::vector<std::string>& hashes,
+                  const Patience& patience, const std::function<void(Commit commit)>& visit);
 
-/// Calls `visit` for each of `hashes` in turn, as far as patience allows, with what the commit touched below
-/// the root.
+/// Calls `visit` for each of `hashes` in turn with what the commit touched below the root.
 void read_touched(const std::filesystem::path& root, const std::vector<std::string>& hashes,
                   const Patience& patience,
                   const std::function<void(const std::string& hash, std::vector<Touched> touched)>& visit);

@@ -1,12 +1,13 @@
 #include "git/git_files.h"
 
+#include <chrono>
 #include <string_view>
 #include <utility>
 
-#include "git/git_process.h"
-
 namespace tarnwick::git {
 namespace {
+
+constexpr std::chrono::minutes MAX_LISTING{10};
 
 /// The texts of a list in which each ends with a NUL.
 std::vector<std::string> split(std::string_view list) {
@@ -18,56 +19,80 @@ std::vector<std::string> split(std::string_view list) {
   return texts;
 }
 
-/// What git prints for `command` in `directory`; nothing when it fails.
-std::optional<std::string> output_of(const std::filesystem::path& directory,
-                                     const std::vector<std::string>& command) {
-  std::string output;
-  const GitEnd end = run_git(directory, command, {}, {}, [&](std::string_view piece) { output += piece; });
-  return end == GitEnd::finished ? std::optional(std::move(output)) : std::nullopt;
+/// Whether a path leads to something below the directory it is relative to. An index that was damaged or made
+/// by hand may name anything, and git prints it as it is.
+bool leads_below(std::string_view path) {
+  if (path.ends_with('/')) path.remove_suffix(1);
+  for (;;) {
+    const std::string_view component = path.substr(0, path.find('/'));
+    if (component.empty() || component == "." || component == ".." || component == ".git") return false;
+    if (component.size() == path.size()) return true;
+    path.remove_prefix(component.size() + 1);
+  }
+}
+
+/// What git prints for `command` in `directory`; nothing outside of a repository.
+std::optional<std::string> output_of(const std::filesystem::path& directory, std::vector<std::string> command,
+                                     const Patience& patience) {
+  try {
+    return git_output({.directory = directory, .arguments = std::move(command)}, patience);
+  } catch (const GitError& error) {
+    if (error.kind() == GitError::Kind::not_a_repository) return std::nullopt;
+    throw;
+  }
+}
+
+std::vector<std::string> with_rules(std::vector<std::string> command, bool include_ignored) {
+  if (!include_ignored) command.emplace_back("--exclude-standard");
+  return command;
 }
 
 }  // namespace
 
-std::optional<std::vector<std::string>> git_files(const std::filesystem::path& directory,
-                                                  bool include_ignored) {
-  std::vector<std::string> command = {"ls-files", "-z", "--cached", "--others"};
-  if (!include_ignored) command.emplace_back("--exclude-standard");
-  const std::optional<std::string> output = output_of(directory, command);
+Patience listing_patience(std::stop_token stop) {
+  return {.deadline = std::chrono::steady_clock::now() + MAX_LISTING, .stop = std::move(stop)};
+}
+
+std::optional<PathList> git_files(const std::filesystem::path& directory, bool include_ignored,
+                                  const Patience& patience) {
+  const std::optional<std::string> output =
+      output_of(directory, with_rules({"ls-files", "-z", "--cached", "--others"}, include_ignored), patience);
   if (!output) return std::nullopt;
-  return split(*output);
+  PathList list;
+  for (std::string& path : split(*output))
+    (leads_below(path) ? list.paths : list.refused).push_back(std::move(path));
+  return list;
 }
 
 std::optional<std::vector<std::string>> git_untracked_directories(const std::filesystem::path& directory,
-                                                                  bool include_ignored) {
-  std::vector<std::string> command = {"ls-files", "-z", "--others", "--directory"};
-  if (!include_ignored) command.emplace_back("--exclude-standard");
-  const std::optional<std::string> output = output_of(directory, command);
+                                                                  bool include_ignored,
+                                                                  const Patience& patience) {
+  const std::optional<std::string> output = output_of(
+      directory, with_rules({"ls-files", "-z", "--others", "--directory"}, include_ignored), patience);
   if (!output) return std::nullopt;
   std::vector<std::string> directories;
   for (std::string& path : split(*output)) {
     if (!path.ends_with('/')) continue;
     path.pop_back();
-    directories.push_back(path == "." ? "" : std::move(path));
+    if (path == ".") {
+      directories.emplace_back();  // the directory itself
+    } else if (leads_below(path)) {
+      directories.push_back(std::move(path));
+    }
   }
   return directories;
 }
 
 std::unordered_set<std::string> git_ignored(const std::filesystem::path& directory,
-                                            const std::vector<std::string>& paths) {
+                                            const std::vector<std::string>& paths, const Patience& patience) {
   std::string input;
   for (const std::string& path : paths) (input += path.empty() ? "." : path) += '\0';
-  std::string output;
-  // It fails, too, when none is ignored.
-  run_git(directory, {"check-ignore", "-z", "--stdin"}, input, {},
-          [&](std::string_view piece) { output += piece; });
-  const std::vector<std::string> ignored = split(output);
+  const std::vector<std::string> ignored = split(git_output({.directory = directory,
+                                                             .arguments = {"check-ignore", "-z", "--stdin"},
+                                                             .input = input,
+                                                             .may_answer_none = true},
+                                                            patience));
   return {ignored.begin(), ignored.end()};
-}
-
-std::optional<std::string> git_head(const std::filesystem::path& directory) {
-  std::optional<std::string> head = output_of(directory, {"rev-parse", "--quiet", "--verify", "HEAD"});
-  if (head) head->erase(head->find_last_not_of('\n') + 1);
-  return head && !head->empty() ? head : std::nullopt;
 }
 
 }  // namespace tarnwick::git

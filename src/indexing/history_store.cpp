@@ -44,6 +44,7 @@ struct Fresh {
   std::unordered_map<std::string, git::Commit>
       commits;  ///< those that the index file lacks, as far as they were read
   TouchedByCommit touched;
+  std::optional<git::GitError> failure;  ///< ended it all early
 };
 
 /// A commit that touched nothing below the root, or too much, is known by its hash only.
@@ -89,18 +90,14 @@ Known known_history(const HistoryOptions& options, const std::string& head) {
   }
 }
 
-std::unordered_map<std::string, git::Commit> missing_commits(const HistoryOptions& options,
-                                                             const ByHash& known,
-                                                             const std::vector<std::string>& order) {
+void read_missing_commits(const HistoryOptions& options, const ByHash& known, Fresh& fresh) {
   std::vector<std::string> hashes;
-  for (const std::string& hash : order)
+  for (const std::string& hash : fresh.order)
     if (!known.contains(hash)) hashes.push_back(hash);
-  std::unordered_map<std::string, git::Commit> commits;
-  for (git::Commit& commit : git::read_commits(options.root, hashes, options.patience)) {
+  git::read_commits(options.root, hashes, options.patience, [&](git::Commit commit) {
     std::string hash = commit.hash;
-    commits.emplace(std::move(hash), std::move(commit));
-  }
-  return commits;
+    fresh.commits.emplace(std::move(hash), std::move(commit));
+  });
 }
 
 /// The commits of which it is to be read what they touched, newest first.
@@ -121,25 +118,26 @@ std::vector<std::string> wanted(const HistoryOptions& options, const ByHash& kno
 
 /// Reads what they touched; a commit that git has nothing to say about gets an empty entry once a later one
 /// is read.
-TouchedByCommit touched_by(const HistoryOptions& options, const std::vector<std::string>& hashes) {
-  TouchedByCommit result;
+void read_touched(const HistoryOptions& options, const std::vector<std::string>& hashes,
+                  TouchedByCommit& result) {
   std::size_t done = 0;
-  if (hashes.empty()) return result;
   git::read_touched(options.root, hashes, options.patience,
                     [&](const std::string& hash, std::vector<git::Touched> touched) {
                       while (done < hashes.size() && hashes[done] != hash) result.try_emplace(hashes[done++]);
                       if (done < hashes.size()) result.insert_or_assign(hashes[done++], std::move(touched));
                     });
-  return result;
 }
 
-std::optional<Fresh> read_fresh(const HistoryOptions& options, const ByHash& known, const std::string& head) {
-  std::optional<std::vector<std::string>> order =
-      git::list_commits(options.root, head, options.commits, options.patience);
-  if (!order) return std::nullopt;
-  Fresh fresh{.head = head, .order = std::move(*order), .commits = {}, .touched = {}};
-  fresh.commits = missing_commits(options, known, fresh.order);
-  fresh.touched = touched_by(options, wanted(options, known, fresh));
+/// What was read until git failed is good, and a beginning for the next call.
+Fresh read_fresh(const HistoryOptions& options, const ByHash& known, const std::string& head) {
+  Fresh fresh{.head = head, .order = {}, .commits = {}, .touched = {}, .failure = {}};
+  try {
+    fresh.order = git::list_commits(options.root, head, options.commits, options.patience);
+    read_missing_commits(options, known, fresh);
+    read_touched(options, wanted(options, known, fresh), fresh.touched);
+  } catch (const git::GitError& error) {
+    fresh.failure = error;
+  }
   return fresh;
 }
 
@@ -224,16 +222,28 @@ void write(Connection& connection, const PastCommits& history, const std::string
   meta.reset();
 }
 
+/// Ending early at the caller's wish is no failure.
+HistoryReport report_of(const HistoryOptions& options, std::size_t commits,
+                        std::optional<git::GitError> failure) {
+  const bool complete = !failure;
+  if (options.patience.is_over()) failure.reset();
+  return {.commits = commits, .complete = complete, .failure = std::move(failure)};
+}
+
 }  // namespace
 
 HistoryReport update_history(const HistoryOptions& options) {
-  const std::optional<std::string> head = git::head_commit(options.root, options.patience);
-  if (!head) return {.complete = !options.patience.is_over()};
+  std::optional<std::string> head;
+  try {
+    head = git::head_commit(options.root, options.patience);
+  } catch (const git::GitError& error) {
+    return report_of(options, 0, error);
+  }
+  if (!head) return {};
   const Known known = known_history(options, *head);
   if (known.head == *head) return {};
-  const std::optional<Fresh> fresh = read_fresh(options, by_hash(known.history), *head);
-  const bool complete = !options.patience.is_over();
-  if (!fresh) return {.complete = complete};
+  const Fresh fresh = read_fresh(options, by_hash(known.history), *head);
+  if (fresh.failure && fresh.order.empty()) return report_of(options, 0, fresh.failure);
   const index::WriterLock lock(options.index_file, options.patience.stop);
   const index::OpenedIndex index = index::open_for_writing(options.index_file);
   Connection& connection = *index.connection;
@@ -242,12 +252,12 @@ HistoryReport update_history(const HistoryOptions& options) {
     // Another process may have written its findings meanwhile; they are as good as these.
     const Known stored = stored_history(connection);
     if (stored.head != known.head) return;
-    write(connection, Merge(stored.history, *fresh).run(options.touched),
-          complete ? fresh->head : std::string());
+    write(connection, Merge(stored.history, fresh).run(options.touched),
+          fresh.failure ? std::string() : fresh.head);
     connection.note_change();
     transaction.commit();
   });
-  return {fresh->commits.size(), complete};
+  return report_of(options, fresh.commits.size(), fresh.failure);
 }
 
 }  // namespace tarnwick::indexing

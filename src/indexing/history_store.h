@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 
 #include "git/commit_log.h"
 
@@ -23,12 +24,13 @@ struct HistoryOptions {
 struct HistoryReport {
   std::size_t commits = 0;  ///< read now
   bool complete = true;     ///< nothing is left for a later call
+  /// Why git ended early, unless patience was over. What it read is kept; the next call goes on.
+  std::optional<git::GitError> failure = {};
 };
 
 /// Brings the history in the index file up to the commit checked out. With nothing new it costs one run of
-/// git. A directory without history, or without git, is no error: there is nothing to read. May run while
-/// another thread or process indexes: it reads git first, and then waits for its turn to write. Throws
-/// storage::IndexError.
+/// git. A directory without history is no error: there is nothing to read. May run while another thread or
+/// process indexes: it reads git first, and then waits for its turn to write. Throws index::IndexError.
 HistoryReport update_history(const HistoryOptions& options);
 
 }  // namespace tarnwick::indexing

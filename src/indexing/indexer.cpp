@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "files/source_text.h"
+#include "git/commit_log.h"
 #include "git/git_files.h"
 #include "index/errors.h"
 #include "index/index_file.h"
@@ -154,7 +155,10 @@ class Update {
   void run() {
     report_.first = connection_.number("SELECT count(*) FROM meta WHERE key = 'indexed_at'") == 0;
     full_ = options_.full || made_by_another_version();
-    const std::vector<TreeEntry> entries = walk();
+    const std::optional<std::vector<TreeEntry>> listed = walk();
+    report_.interrupted = !listed;
+    if (!listed) return;
+    const std::vector<TreeEntry>& entries = *listed;
     report_.files = static_cast<std::int64_t>(entries.size());
     std::vector<StoredFile> stored;
     if (!full_) stored = writer_.files();
@@ -175,10 +179,27 @@ class Update {
     return another;
   }
 
-  std::vector<TreeEntry> walk() const {
+  /// Nothing when interrupted.
+  std::optional<std::vector<TreeEntry>> walk() const {
     WalkOptions walk{.root = options_.root, .include_ignored = options_.include_ignored};
     walk.is_unsupported = [&](std::string_view path) { return !may_matter(extractor_, path); };
-    return walk_tree(walk);
+    walk.patience = git::listing_patience(options_.stop);
+    if (progress_ != nullptr) walk.tell = [&](const std::string& message) { progress_->message(message); };
+    try {
+      return walk_tree(walk);
+    } catch (const git::GitError& error) {
+      if (error.kind() != git::GitError::Kind::stopped) throw;
+      return std::nullopt;
+    }
+  }
+
+  /// A label of the index, not worth losing it.
+  std::optional<std::string> commit_checked_out() const {
+    try {
+      return git::head_commit(options_.root, {.stop = options_.stop});
+    } catch (const git::GitError&) {
+      return std::nullopt;
+    }
   }
 
   Plan make_plan(const std::vector<TreeEntry>& entries, const std::vector<StoredFile>& stored) {
@@ -246,7 +267,7 @@ class Update {
     writer_.drop_unused_names();
     writer_.set_meta(index::meta_keys::INDEXED_AT, now_ns() / 1'000'000'000);
     writer_.remove_meta(index::meta_keys::FILES_TO_INDEX);
-    if (const auto head = git::git_head(options_.root)) {
+    if (const auto head = commit_checked_out()) {
       writer_.set_meta(index::meta_keys::GIT_HEAD, *head);
     } else {
       writer_.remove_meta(index::meta_keys::GIT_HEAD);

@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "git/git_files.h"
 #include "indexing/indexer_skips.h"
 
 namespace tarnwick::indexing {
@@ -34,26 +33,28 @@ std::vector<std::string> with_those_below(const fs::path& root, std::string dire
 
 /// git names the outermost directories that hold nothing tracked, unless a rule leaves them out; what is
 /// below has rules as well.
-std::vector<std::string> open_directories(const fs::path& repository, bool include_ignored) {
+std::vector<std::string> open_directories(const fs::path& repository, bool include_ignored,
+                                          const git::Patience& patience) {
   const std::optional<std::vector<std::string>> outermost =
-      git::git_untracked_directories(repository, include_ignored);
+      git::git_untracked_directories(repository, include_ignored, patience);
   if (!outermost) return with_those_below(repository, "");
   std::vector<std::string> found;
   for (const std::string& directory : *outermost) {
     for (std::string& below : with_those_below(repository, directory)) found.push_back(std::move(below));
   }
   if (include_ignored || found.empty()) return found;
-  const Directories ignored = git::git_ignored(repository, found);
+  const Directories ignored = git::git_ignored(repository, found, patience);
   std::erase_if(found, [&](const std::string& directory) { return ignored.contains(directory); });
   return found;
 }
 
 }  // namespace
 
-Directories directories_without_files(const fs::path& root, bool include_ignored, const Directories& listed) {
+Directories directories_without_files(const fs::path& root, bool include_ignored, const Directories& listed,
+                                      const git::Patience& patience) {
   Directories result;
   const auto add_those_of = [&](const std::string& repository) {
-    for (const std::string& directory : open_directories(root / repository, include_ignored)) {
+    for (const std::string& directory : open_directories(root / repository, include_ignored, patience)) {
       std::string path = joined(repository, directory);
       if (!listed.contains(path)) result.insert(std::move(path));
     }
@@ -61,7 +62,12 @@ Directories directories_without_files(const fs::path& root, bool include_ignored
   add_those_of("");
   for (const std::string& directory : listed) {
     std::error_code error;
-    if (!directory.empty() && fs::exists(root / directory / ".git", error)) add_those_of(directory);
+    if (directory.empty() || !fs::exists(root / directory / ".git", error)) continue;
+    try {
+      add_those_of(directory);
+    } catch (const git::GitError& failure) {
+      if (failure.kind() != git::GitError::Kind::failed) throw;  // else it was listed as unreadable
+    }
   }
   return result;
 }

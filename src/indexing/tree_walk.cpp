@@ -17,7 +17,6 @@
 #include <system_error>
 
 #include "files/source_text.h"
-#include "git/git_files.h"
 #include "indexing/indexer_skips.h"
 #include "text/surrogates.h"
 
@@ -87,11 +86,18 @@ class Walk {
   /// Lists a directory (`prefix` ends with a slash, or is empty for the root) by git's rules if it is in a
   /// work tree.
   void list_repository(const std::string& prefix) {
-    const std::optional<std::vector<std::string>> files =
-        git::git_files(options_.root / prefix, options_.include_ignored);
+    const std::optional<git::PathList> files =
+        git::git_files(options_.root / prefix, options_.include_ignored, options_.patience);
+    if (files && !files->refused.empty()) tell_of_refused(prefix, files->refused);
     // git has nothing to say about a directory that is itself ignored; whoever names it wants its files.
-    if (!files || files->empty()) return list_plainly(prefix);
-    for (const std::string& file : *files) visit(prefix + file);
+    if (!files || (files->paths.empty() && files->refused.empty())) return list_plainly(prefix);
+    for (const std::string& file : files->paths) visit(prefix + file);
+  }
+
+  void tell_of_refused(const std::string& prefix, const std::vector<std::string>& refused) const {
+    options_.tell((options_.root / prefix).string() + ": left out " + std::to_string(refused.size()) +
+                  " paths of git's index that do not lead to a file below it, such as '" + refused.front() +
+                  "'");
   }
 
   void list_plainly(const std::string& prefix) {

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "git/git_files.h"
 #include "index/file_record.h"
 
 namespace tarnwick::indexing {
@@ -19,6 +20,9 @@ struct WalkOptions {
   bool include_ignored = false;  ///< list what ignore rules leave out, too
   /// Whether a path can be told to be of no supported type by its name alone.
   std::function<bool(std::string_view path)> is_unsupported = [](std::string_view) { return false; };
+  git::Patience patience = git::listing_patience();  ///< for the runs of git
+  /// Hears what the user should know, such as that git lists files which lie outside the root.
+  std::function<void(const std::string& message)> tell = [](const std::string&) {};
 };
 
 /// A file of the tree, or a directory that was not entered.
@@ -30,11 +34,12 @@ struct TreeEntry {
 
 /// Lists a tree by path, each file once. Within a git work tree git says what is ignored (nested files,
 /// negations, info/exclude and the user's own file included); tracked files are never ignored; repositories
-/// inside, submodules included, follow their own rules. Elsewhere, and without a git program, everything is
-/// listed. Symbolic links are not followed, nor file
-/// systems of the kernel's own (/proc) read. What cannot be read is listed with its reason; a file that
-/// vanishes meanwhile is not. Throws std::filesystem::filesystem_error when the root is no directory that can
-/// be read.
+/// inside, submodules included, follow their own rules. Elsewhere everything is listed. Symbolic links are
+/// not followed, nor what git lists above the root or file systems of the kernel's own (/proc) read. What
+/// cannot be read is listed with its reason; a file that vanishes meanwhile is not.
+///
+/// Throws std::filesystem::filesystem_error when the root is no directory that can be read, git::GitError
+/// when git cannot say what is ignored: a listing without its rules would show what its owner hides.
 std::vector<TreeEntry> walk_tree(const WalkOptions& options);
 
 /// The stats of a file as they are stored; `read_at_ns` is the time before it was read. A file that changed

@@ -257,7 +257,7 @@ void StoredSource::look_at_files(const std::stop_token& stop) {
     update.stop = stop;
     const indexing::IndexReport report = indexing::update_index(update, &reporter);
     whole = !report.interrupted;
-    if (report.added + report.removed > 0 || watch_.has_grown() || started_ == 1) watch_directories();
+    if (report.added + report.removed > 0 || watch_.has_grown() || started_ == 1) watch_directories(stop);
   } catch (const std::exception& error) {
     failure = error.what();
     if (!stop.stop_requested()) spdlog::error("{}: {}", name_, error.what());
@@ -275,9 +275,10 @@ void StoredSource::set_damaged_aside(const std::stop_token& stop) {
   spdlog::warn("{}: the index is damaged; kept as {}, indexing anew", name_, kept.string());
 }
 
-void StoredSource::watch_directories() {
+void StoredSource::watch_directories(const std::stop_token& stop) {
   indexing::Directories directories = indexed_directories(update_.index_file);
-  directories.merge(indexing::directories_without_files(update_.root, update_.include_ignored, directories));
+  directories.merge(indexing::directories_without_files(update_.root, update_.include_ignored, directories,
+                                                        git::listing_patience(stop)));
   if (!watch_.watch(directories)) return;
   const std::lock_guard lock(mutex_);
   want_look();  // for what changed in them before

@@ -44,7 +44,7 @@ class StoredSource final : public Source {
   void update_once(const std::stop_token& stop);
   void look_at_files(const std::stop_token& stop);
   void set_damaged_aside(const std::stop_token& stop);
-  void watch_directories();
+  void watch_directories(const std::stop_token& stop);
   void wait_for_change(const std::stop_token& stop, std::chrono::milliseconds pause) const;
   void note_progress(std::int64_t done, std::int64_t total);
   void wake() const;

@@ -10,11 +10,13 @@
 #include "index/index_dump.h"
 #include "index/past_commits.h"
 #include "retrieval/index_retriever.h"
+#include "support/fake_git.h"
 #include "support/indexed_tree.h"
 
 namespace tarnwick::indexing {
 namespace {
 
+using tarnwick::testing::FakeGit;
 using tarnwick::testing::IndexedTree;
 using ::testing::ElementsAre;
 using ::testing::SizeIs;
@@ -156,9 +158,11 @@ TEST_F(HistoryTest, PathsAreThoseBelowTheRoot) {
   below.root /= "src";
   const auto head = git::head_commit(below.root, {});
   ASSERT_TRUE(head);
-  const auto newest = git::list_commits(below.root, *head, 1, {});
-  ASSERT_TRUE(newest);
-  EXPECT_THAT(git::read_commits(below.root, *newest, {})[0].files, ElementsAre("pool.toy"));
+  std::vector<git::Commit> read;
+  git::read_commits(below.root, git::list_commits(below.root, *head, 1, {}), {},
+                    [&](git::Commit commit) { read.push_back(std::move(commit)); });
+  ASSERT_THAT(read, SizeIs(1));
+  EXPECT_THAT(read[0].files, ElementsAre("pool.toy"));
 }
 
 TEST_F(HistoryTest, GivesUpInTimeAndGoesOnLater) {
@@ -167,6 +171,26 @@ TEST_F(HistoryTest, GivesUpInTimeAndGoesOnLater) {
   hasty.patience.deadline = std::chrono::steady_clock::now();
   EXPECT_EQ(update_history(hasty).commits, 0);
   EXPECT_EQ(update_history(options()).commits, 2);
+}
+
+TEST_F(HistoryTest, WhatGoesWrongIsSaidAndReadLater) {
+  tree.update();
+  for (const std::string command : {"log", "diff-tree", "rev-list", "rev-parse"}) {
+    {
+      const FakeGit broken("case \"$*\" in *' " + command +
+                           " '*) \"$GIT\" \"$@\" | head -c 90; kill -9 $$;; esac\n" + "exec \"$GIT\" \"$@\"");
+      const HistoryReport report = update_history(options());
+      ASSERT_TRUE(report.failure) << command;
+      EXPECT_EQ(report.failure->kind(), git::GitError::Kind::failed) << report.failure->what();
+      EXPECT_FALSE(report.complete);
+    }
+    const HistoryReport report = update_history(options());
+    EXPECT_TRUE(report.complete) << command;
+    EXPECT_THAT(subjects(), SizeIs(2));
+    EXPECT_GT(signals_of("sockets leak again", "release").touched, 0) << command;
+    std::filesystem::remove(tree.index_file());
+    tree.update();
+  }
 }
 
 TEST(History, IsNoErrorWhereThereIsNone) {

@@ -5,12 +5,16 @@
 #include <cstdlib>
 
 #include "indexing/indexer_skips.h"
+#include "support/fake_git.h"
 #include "support/fakes.h"
 
 namespace tarnwick::testing {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::SizeIs;
 using ::testing::UnorderedElementsAre;
 
 class Tree {
@@ -89,12 +93,26 @@ TEST(TreeWalk, ListsEverythingWhereThereIsNoGit) {
   ::setenv("PATH", "/nonexistent", 1);
   EXPECT_THAT(tree.paths(), ElementsAre(".gitignore", ".hidden/b.py", "a.py", "deep/er/c.py"))
       << "no git program";
+  tree.write(".git/HEAD", "ref: refs/heads/main\n");
+  EXPECT_THROW(tree.paths(), git::GitError) << "a repository whose rules nobody can read";
   ::setenv("PATH", programs.c_str(), 1);
   const auto processes = indexing::walk_tree({.root = "/proc"});
   ASSERT_EQ(processes.size(), 1U);
   EXPECT_EQ(processes[0].skip, indexing::skips::OF_THE_KERNEL);
   EXPECT_THROW(tree.paths("missing"), std::filesystem::filesystem_error);
   EXPECT_THROW(tree.paths("a.py"), std::filesystem::filesystem_error);
+}
+
+TEST(TreeWalk, WhatGitListsOutsideIsLeftOutAndTold) {
+  const Tree tree;
+  tree.write({"victim.py", "main/.git/HEAD", "main/a.py"});
+  const FakeGit git(R"(printf '%s\0' ./ ./ ../victim.py a.py)");
+  std::vector<std::string> told;
+  const auto entries = indexing::walk_tree(
+      {.root = tree.path() + "/main", .tell = [&](const std::string& message) { told.push_back(message); }});
+  ASSERT_THAT(entries, SizeIs(1));
+  EXPECT_EQ(entries[0].path, "a.py");
+  EXPECT_THAT(told, ElementsAre(AllOf(HasSubstr("main"), HasSubstr("3 paths"), HasSubstr("'./'"))));
 }
 
 }  // namespace
