@@ -15,6 +15,7 @@ inline constexpr std::string_view VENDORED = "vendored";
 inline constexpr std::string_view UNREADABLE = "unreadable";
 inline constexpr std::string_view NOT_REGULAR = "not a regular file";
 inline constexpr std::string_view OF_THE_KERNEL = "the kernel's own";
+inline constexpr std::string_view TOO_DEEP = "repositories nested too deep";
 inline constexpr std::string_view UNSUPPORTED = "unsupported type";
 
 /// Whether a directory of that name holds other people's code.

@@ -13,8 +13,12 @@
 #include <bit>
 #include <cerrno>
 #include <chrono>
+#include <climits>
 #include <memory>
+#include <set>
 #include <system_error>
+#include <unordered_map>
+#include <utility>
 
 #include "files/source_text.h"
 #include "indexing/indexer_skips.h"
@@ -146,12 +150,27 @@ class Walk {
   }
 
   void visit(const std::string& os_path) {
+    if (const std::string& link = link_above(os_path); !link.empty()) return visit(link);
     TreeEntry entry{text::from_os(os_path), {}, skips::by_path(os_path)};
     if (entry.skip.empty()) {
       if (os_path.ends_with('/')) return nested(os_path);
       if (!judge(os_path, entry)) return;
     }
     entries_.push_back(std::move(entry));
+  }
+
+  /// The outermost symbolic link among the directories of a path, or empty. Git lists what it knows of a
+  /// directory even when a link has taken its place.
+  const std::string& link_above(const std::string& os_path) {
+    static const std::string NONE;
+    const std::size_t end = os_path.rfind('/');
+    if (end == std::string::npos || end >= PATH_MAX) return NONE;  // no such path can be looked at
+    std::string directory = os_path.substr(0, end);
+    if (const auto known = link_of_.find(directory); known != link_of_.end()) return known->second;
+    std::string link = link_above(directory);
+    struct ::stat status = {};
+    if (link.empty() && look(directory, status) == 0 && S_ISLNK(status.st_mode)) link = directory;
+    return link_of_.emplace(std::move(directory), std::move(link)).first->second;
   }
 
   /// Looks at the file itself; false when it is none of the tree's files.
@@ -182,16 +201,29 @@ class Walk {
   /// A repository inside; one that is not checked out is an empty directory.
   void nested(const std::string& prefix) {
     struct ::stat status = {};
-    if (look(prefix + ".git", status) == 0) {
-      list_repository(prefix);
-    } else {
-      list_plainly(prefix);
+    if (look(prefix, status) == 0 && !entered_.emplace(status.st_dev, status.st_ino).second) return;
+    if (look(prefix + ".git", status) != 0) return list_plainly(prefix);
+    if (depth_ == MAX_NESTED_REPOSITORIES) {
+      entries_.push_back({text::from_os(prefix), {}, skips::TOO_DEEP});
+      return;
     }
+    ++depth_;
+    try {
+      list_repository(prefix);
+    } catch (const git::GitError& error) {
+      if (error.kind() != git::GitError::Kind::failed) throw;
+      options_.tell(error.what());
+      entries_.push_back({text::from_os(prefix), {}, skips::UNREADABLE});
+    }
+    --depth_;
   }
 
   const WalkOptions& options_;
   std::int64_t now_ = now_ns();
   int root_ = -1;
+  int depth_ = 0;
+  std::set<std::pair<dev_t, ino_t>> entered_;             ///< the repositories inside
+  std::unordered_map<std::string, std::string> link_of_;  ///< of directories; see link_above
   std::vector<TreeEntry> entries_;
 };
 

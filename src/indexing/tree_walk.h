@@ -15,6 +15,9 @@
 
 namespace tarnwick::indexing {
 
+/// How many repositories may lie within one another below the root.
+inline constexpr int MAX_NESTED_REPOSITORIES = 16;
+
 struct WalkOptions {
   std::filesystem::path root;    ///< a directory; may lie inside a repository
   bool include_ignored = false;  ///< list what ignore rules leave out, too
@@ -34,9 +37,11 @@ struct TreeEntry {
 
 /// Lists a tree by path, each file once. Within a git work tree git says what is ignored (nested files,
 /// negations, info/exclude and the user's own file included); tracked files are never ignored; repositories
-/// inside, submodules included, follow their own rules. Elsewhere everything is listed. Symbolic links are
-/// not followed, nor what git lists above the root or file systems of the kernel's own (/proc) read. What
-/// cannot be read is listed with its reason; a file that vanishes meanwhile is not.
+/// inside, submodules included, follow their own rules, as deep as MAX_NESTED_REPOSITORIES. Elsewhere
+/// everything is listed. Nothing leads outside the root: symbolic links are not followed, nor is what git
+/// lists behind one or above the root; file systems of the kernel's own (/proc) are not read. What cannot be
+/// read is listed with its reason, a repository inside that git cannot list among it; a file that vanishes
+/// meanwhile is not.
 ///
 /// Throws std::filesystem::filesystem_error when the root is no directory that can be read, git::GitError
 /// when git cannot say what is ignored: a listing without its rules would show what its owner hides.

@@ -14,6 +14,7 @@ namespace {
 using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::Pair;
 using ::testing::SizeIs;
 using ::testing::UnorderedElementsAre;
 
@@ -37,6 +38,15 @@ class Tree {
     for (const auto& entry : indexing::walk_tree(
              {.root = std::filesystem::path(folder_.path()) / directory, .include_ignored = ignored})) {
       if (entry.skip.empty()) result.push_back(entry.path);
+    }
+    return result;
+  }
+  /// What was left out, with the reasons.
+  std::vector<std::pair<std::string, std::string_view>> left_out(const std::string& directory) const {
+    std::vector<std::pair<std::string, std::string_view>> result;
+    for (const auto& entry :
+         indexing::walk_tree({.root = std::filesystem::path(folder_.path()) / directory})) {
+      if (!entry.skip.empty()) result.emplace_back(entry.path, entry.skip);
     }
     return result;
   }
@@ -103,6 +113,23 @@ TEST(TreeWalk, ListsEverythingWhereThereIsNoGit) {
   EXPECT_THROW(tree.paths("a.py"), std::filesystem::filesystem_error);
 }
 
+TEST(TreeWalk, ATrackedDirectoryReplacedByALinkIsALink) {
+  const Tree tree;
+  tree.write({"victim/secret.py", "main/d/e/secret.py", "main/d/secret.py", "main/a.py"});
+  tree.git("init", "main");
+  tree.git("add .", "main");
+  // What git is told about lies behind a link that leads back.
+  tree.git(
+      "update-index --add --cacheinfo 160000,1111111111111111111111111111111111111111,loop/loop/loop/sub",
+      "main");
+  std::filesystem::create_directory_symlink(".", tree.path() + "/main/loop");
+  std::filesystem::remove_all(tree.path() + "/main/d");
+  std::filesystem::create_directory_symlink("../victim", tree.path() + "/main/d");
+  EXPECT_THAT(tree.paths("main"), ElementsAre("a.py"));
+  EXPECT_THAT(tree.left_out("main"),
+              ElementsAre(Pair("d", indexing::skips::SYMLINK), Pair("loop", indexing::skips::SYMLINK)));
+}
+
 TEST(TreeWalk, WhatGitListsOutsideIsLeftOutAndTold) {
   const Tree tree;
   tree.write({"victim.py", "main/.git/HEAD", "main/a.py"});
@@ -113,6 +140,29 @@ TEST(TreeWalk, WhatGitListsOutsideIsLeftOutAndTold) {
   ASSERT_THAT(entries, SizeIs(1));
   EXPECT_EQ(entries[0].path, "a.py");
   EXPECT_THAT(told, ElementsAre(AllOf(HasSubstr("main"), HasSubstr("3 paths"), HasSubstr("'./'"))));
+}
+
+TEST(TreeWalk, ARepositoryInsideThatCannotBeListedIsSaid) {
+  const Tree tree;
+  tree.write({"main/a.py", "main/broken/.git/HEAD", "main/broken/secret.py"});
+  const FakeGit git(
+      "case $3 in */broken/) echo 'fatal: bad config' >&2; exit 128;; esac\n"
+      "printf '%s\\0' a.py broken/ broken/");
+  EXPECT_THAT(tree.left_out("main"), ElementsAre(Pair("broken/", indexing::skips::UNREADABLE)));
+  EXPECT_THAT(tree.paths("main"), ElementsAre("a.py"));
+}
+
+TEST(TreeWalk, RepositoriesInsideOneAnotherEnd) {
+  const Tree tree;
+  std::string deepest;
+  for (int i = 0; i < indexing::MAX_NESTED_REPOSITORIES + 2; ++i) deepest += "sub/";
+  tree.write({deepest + "a.py"});
+  for (std::string at = deepest; !at.empty(); at.resize(at.size() - 4)) tree.write({at + ".git/HEAD"});
+  const FakeGit git(R"(printf '%s\0' sub/ sub)");
+  const auto left_out = tree.left_out("");
+  ASSERT_THAT(left_out, SizeIs(1));
+  EXPECT_EQ(left_out[0].first.size(), 4U * (indexing::MAX_NESTED_REPOSITORIES + 1));
+  EXPECT_EQ(left_out[0].second, indexing::skips::TOO_DEEP);
 }
 
 }  // namespace
