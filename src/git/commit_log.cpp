@@ -140,13 +140,14 @@ std::string joined_lines(const std::vector<std::string>& lines) {
 
 }  // namespace
 
-std::optional<std::string> head_commit(const std::filesystem::path& root, const Patience& patience) try {
-  std::string output = git_output({.directory = root,
-                                   .arguments = {"rev-parse", "--verify", "--quiet", "HEAD^{commit}"},
-                                   .may_answer_none = true},
-                                  patience);
-  while (output.ends_with('\n')) output.pop_back();
-  return is_hash(output) ? std::optional(output) : std::nullopt;
+std::optional<Head> read_head(const std::filesystem::path& root, const Patience& patience) try {
+  const std::vector<std::string> lines = lines_of(git_output(
+      {.directory = root,
+       .arguments = {"rev-parse", "--is-shallow-repository", "--verify", "--quiet", "HEAD^{commit}"},
+       .may_answer_none = true},
+      patience));
+  if (lines.size() != 2 || !is_hash(lines[1])) return std::nullopt;
+  return Head{.commit = lines[1], .is_shallow = lines[0] == "true"};
 } catch (const GitError& error) {
   if (error.kind() == GitError::Kind::not_a_repository) return std::nullopt;
   throw;

@@ -29,9 +29,15 @@ struct Touched {
 
 // The questions below throw what run_git throws. What was visited until then is whole.
 
-/// The commit checked out at `root`, which may lie anywhere in a working tree. Nothing where there is no git
+struct Head {
+  std::string commit;       ///< its hash
+  bool is_shallow = false;  ///< the repository holds only the last commits; the oldest of them seem to have
+                            ///< made every file, until a fetch brings what came before
+};
+
+/// What is checked out at `root`, which may lie anywhere in a working tree. Nothing where there is no git
 /// repository or no commit.
-std::optional<std::string> head_commit(const std::filesystem::path& root, const Patience& patience);
+std::optional<Head> read_head(const std::filesystem::path& root, const Patience& patience);
 
 /// The hashes of the last `limit` commits that lead to `head`, newest first: a function of `head` alone.
 std::vector<std::string> list_commits(const std::filesystem::path& root, const std::string& head,

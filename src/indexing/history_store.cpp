@@ -26,6 +26,9 @@ using index::PastCommits;
 /// Git takes all of a first paragraph for the subject; a longer one is none.
 constexpr std::size_t MOST_WORDS = 200;
 
+/// Marks the head of a shallow clone. It may get an earlier past while its head stays.
+constexpr std::string_view SHALLOW = " shallow";
+
 using TouchedByCommit = std::unordered_map<std::string, std::vector<git::Touched>>;
 
 /// What the index file knows already.
@@ -39,7 +42,6 @@ using ByHash = std::unordered_map<std::string_view, const PastCommit*>;
 
 /// What git says.
 struct Fresh {
-  std::string head;
   std::vector<std::string> order;  ///< all that is to be kept, newest first
   std::unordered_map<std::string, git::Commit>
       commits;  ///< those that the index file lacks, as far as they were read
@@ -60,10 +62,13 @@ std::string stored_head(Connection& connection) {
   return head;
 }
 
-/// A history whose bytes are damaged is none: git has it all.
+/// A history whose bytes are damaged is none: git has it all. Nor is one of a shallow clone, whose oldest
+/// commits say too much.
 Known stored_history(Connection& connection) {
   try {
-    return {stored_head(connection), index::read_commits(connection)};
+    std::string head = stored_head(connection);
+    if (head.ends_with(SHALLOW)) return {std::move(head), {}};
+    return {std::move(head), index::read_commits(connection)};
   } catch (const index::IndexError&) {
     return {};
   }
@@ -130,7 +135,7 @@ void read_touched(const HistoryOptions& options, const std::vector<std::string>&
 
 /// What was read until git failed is good, and a beginning for the next call.
 Fresh read_fresh(const HistoryOptions& options, const ByHash& known, const std::string& head) {
-  Fresh fresh{.head = head, .order = {}, .commits = {}, .touched = {}, .failure = {}};
+  Fresh fresh{.order = {}, .commits = {}, .touched = {}, .failure = {}};
   try {
     fresh.order = git::list_commits(options.root, head, options.commits, options.patience);
     read_missing_commits(options, known, fresh);
@@ -233,16 +238,17 @@ HistoryReport report_of(const HistoryOptions& options, std::size_t commits,
 }  // namespace
 
 HistoryReport update_history(const HistoryOptions& options) {
-  std::optional<std::string> head;
+  std::optional<git::Head> head;
   try {
-    head = git::head_commit(options.root, options.patience);
+    head = git::read_head(options.root, options.patience);
   } catch (const git::GitError& error) {
     return report_of(options, 0, error);
   }
   if (!head) return {};
-  const Known known = known_history(options, *head);
-  if (known.head == *head) return {};
-  const Fresh fresh = read_fresh(options, by_hash(known.history), *head);
+  const std::string state = head->is_shallow ? head->commit + std::string(SHALLOW) : head->commit;
+  const Known known = known_history(options, state);
+  if (known.head == state) return {};
+  const Fresh fresh = read_fresh(options, by_hash(known.history), head->commit);
   if (fresh.failure && fresh.order.empty()) return report_of(options, 0, fresh.failure);
   const index::WriterLock lock(options.index_file, options.patience.stop);
   const index::OpenedIndex index = index::open_for_writing(options.index_file);
@@ -252,8 +258,10 @@ HistoryReport update_history(const HistoryOptions& options) {
     // Another process may have written its findings meanwhile; they are as good as these.
     const Known stored = stored_history(connection);
     if (stored.head != known.head) return;
-    write(connection, Merge(stored.history, fresh).run(options.touched),
-          fresh.failure ? std::string() : fresh.head);
+    const PastCommits history = Merge(stored.history, fresh).run(options.touched);
+    // A git that fails each time, as in a clone without old contents, does not make a new state each time.
+    if (fresh.failure && stored.head.empty() && pack(history) == pack(stored.history)) return;
+    write(connection, history, fresh.failure ? std::string() : state);
     connection.note_change();
     transaction.commit();
   });

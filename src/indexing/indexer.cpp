@@ -196,10 +196,10 @@ class Update {
   /// A label of the index, not worth losing it.
   std::optional<std::string> commit_checked_out() const {
     try {
-      return git::head_commit(options_.root, {.stop = options_.stop});
-    } catch (const git::GitError&) {
-      return std::nullopt;
+      if (const auto head = git::read_head(options_.root, {.stop = options_.stop})) return head->commit;
+    } catch (const git::GitError&) {  // the same as no commit
     }
+    return std::nullopt;
   }
 
   Plan make_plan(const std::vector<TreeEntry>& entries, const std::vector<StoredFile>& stored) {

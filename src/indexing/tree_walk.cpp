@@ -91,15 +91,17 @@ class Walk {
   /// work tree.
   void list_repository(const std::string& prefix) {
     const std::optional<git::PathList> files =
-        git::git_files(options_.root / prefix, options_.include_ignored, options_.patience);
+        git::git_files(directory_of(prefix), options_.include_ignored, options_.patience);
     if (files && !files->refused.empty()) tell_of_refused(prefix, files->refused);
     // git has nothing to say about a directory that is itself ignored; whoever names it wants its files.
     if (!files || (files->paths.empty() && files->refused.empty())) return list_plainly(prefix);
     for (const std::string& file : files->paths) visit(prefix + file);
   }
 
+  fs::path directory_of(const std::string& prefix) const { return (options_.root / prefix).parent_path(); }
+
   void tell_of_refused(const std::string& prefix, const std::vector<std::string>& refused) const {
-    options_.tell((options_.root / prefix).string() + ": left out " + std::to_string(refused.size()) +
+    options_.tell(directory_of(prefix).string() + ": left out " + std::to_string(refused.size()) +
                   " paths of git's index that do not lead to a file below it, such as '" + refused.front() +
                   "'");
   }

@@ -156,10 +156,10 @@ TEST_F(HistoryTest, PathsAreThoseBelowTheRoot) {
   tree.update();
   HistoryOptions below = options();
   below.root /= "src";
-  const auto head = git::head_commit(below.root, {});
+  const auto head = git::read_head(below.root, {});
   ASSERT_TRUE(head);
   std::vector<git::Commit> read;
-  git::read_commits(below.root, git::list_commits(below.root, *head, 1, {}), {},
+  git::read_commits(below.root, git::list_commits(below.root, head->commit, 1, {}), {},
                     [&](git::Commit commit) { read.push_back(std::move(commit)); });
   ASSERT_THAT(read, SizeIs(1));
   EXPECT_THAT(read[0].files, ElementsAre("pool.toy"));
@@ -171,6 +171,19 @@ TEST_F(HistoryTest, GivesUpInTimeAndGoesOnLater) {
   hasty.patience.deadline = std::chrono::steady_clock::now();
   EXPECT_EQ(update_history(hasty).commits, 0);
   EXPECT_EQ(update_history(options()).commits, 2);
+}
+
+TEST_F(HistoryTest, AShallowCloneGetsItsPastLater) {
+  const IndexedTree clone;
+  const std::string url = "'file://" + tree.root().string() + "'";
+  git("clone -q --depth 1 " + url + " '" + clone.root().string() + "'");
+  clone.update();
+  const HistoryOptions its{.root = clone.root(), .index_file = clone.index_file()};
+  EXPECT_EQ(update_history(its).commits, 1);
+  EXPECT_EQ(update_history(its).commits, 0);
+  git("-C '" + clone.root().string() + "' fetch -q --unshallow");
+  EXPECT_EQ(update_history(its).commits, 2) << "the oldest no longer made every file";
+  EXPECT_EQ(update_history(its).commits, 0);
 }
 
 TEST_F(HistoryTest, WhatGoesWrongIsSaidAndReadLater) {

@@ -146,7 +146,7 @@ TEST(TreeWalk, ARepositoryInsideThatCannotBeListedIsSaid) {
   const Tree tree;
   tree.write({"main/a.py", "main/broken/.git/HEAD", "main/broken/secret.py"});
   const FakeGit git(
-      "case $3 in */broken/) echo 'fatal: bad config' >&2; exit 128;; esac\n"
+      "case $3 in */broken) echo 'fatal: bad config' >&2; exit 128;; esac\n"
       "printf '%s\\0' a.py broken/ broken/");
   EXPECT_THAT(tree.left_out("main"), ElementsAre(Pair("broken/", indexing::skips::UNREADABLE)));
   EXPECT_THAT(tree.paths("main"), ElementsAre("a.py"));
