@@ -6,8 +6,8 @@
 #include <cstdlib>
 
 #include "cli/failure.h"
+#include "cli/file_reading.h"
 #include "cli/interrupts.h"
-#include "extraction/source_extractor.h"
 #include "index/errors.h"
 #include "index/index_file.h"
 #include "index/index_status.h"
@@ -105,13 +105,6 @@ Location locate(const RepositoryOptions& options) {
   if (!options.index.empty() && !index::may_hold_index(location.index_file))
     throw Failure(options.index + ": not an index; it is left alone");
   return location;
-}
-
-const extraction::SourceExtractor& extractor() {
-  static const auto folder = languages::own_languages_folder();
-  static const extraction::SourceExtractor EXTRACTOR(folder ? languages::read_own_languages(*folder)
-                                                            : languages::OwnLanguages());
-  return EXTRACTOR;
 }
 
 indexing::IndexReport update(const Location& location, const RepositoryOptions& options,

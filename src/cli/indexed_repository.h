@@ -8,7 +8,6 @@
 #include <optional>
 #include <string>
 
-#include "extraction/source_extractor.h"
 #include "indexing/indexer.h"
 
 namespace tarnwick::cli {
@@ -36,9 +35,6 @@ struct Location {
 /// Finds them. Throws Failure for a directory that is none, and for the root directory and the home directory
 /// unless `options` name them, and for an index file that holds something else.
 Location locate(const RepositoryOptions& options);
-
-/// Reads source files, those in languages of the user's own too.
-const extraction::SourceExtractor& extractor();
 
 struct UpdateLimits {
   bool full = false;  ///< read every file anew

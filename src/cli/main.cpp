@@ -10,8 +10,10 @@
 
 #include "cli/commands.h"
 #include "cli/failure.h"
+#include "cli/file_reading.h"
 #include "output/messages.h"
 #include "output/terminal.h"
+#include "sandbox/worker.h"
 #include "tarnwick/version.h"
 
 namespace tarnwick::cli {
@@ -118,6 +120,7 @@ int guarded_run(std::vector<std::string> arguments) {
 }  // namespace tarnwick::cli
 
 int main(int argc, char** argv) {
+  if (argc == 2 && argv[1] == tarnwick::sandbox::WORKER_WORD) return tarnwick::cli::run_extract_worker();
   tarnwick::output::set_up_messages();
   return tarnwick::cli::guarded_run({argv + 1, argv + argc});
 }

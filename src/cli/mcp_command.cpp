@@ -13,6 +13,7 @@
 
 #include "cli/commands.h"
 #include "cli/failure.h"
+#include "cli/file_reading.h"
 #include "cli/indexed_repository.h"
 #include "mcp/context_tool.h"
 #include "mcp/serve.h"

@@ -9,6 +9,7 @@
 
 #include "cli/commands.h"
 #include "cli/failure.h"
+#include "cli/file_reading.h"
 #include "cli/indexed_repository.h"
 #include "index/errors.h"
 #include "index/index_file.h"
@@ -27,6 +28,8 @@ constexpr const char* HELP =
     "  tarnwick status              what the index of the repository around the working directory holds\n"
     "  tarnwick status --skipped    every file that was left out, and why\n"
     "\n"
+    "Files that could not be parsed within 2 s and 512 MiB are listed too; plain patterns find their "
+    "symbols.\n"
     "Links, files over 1 MiB, binary, minified, generated and vendored files are left out, and what git "
     "ignores.";
 
@@ -84,8 +87,9 @@ void print_status(const Location& location, const index::IndexStatus& status) {
       status.git_head ? fmt::format(", commit {}", status.git_head->substr(0, 12)) : "";
   std::cout << fmt::format("Indexed     {}{}\n",
                            status.indexed_at ? time_of(*status.indexed_at) : "not completely yet", commit);
+  if (const auto missing = missing_safety()) std::cout << fmt::format("Parsing     {}\n", shown(*missing));
   print_languages(status.languages);
-  print_own_languages(extractor().own());
+  print_own_languages(source_extractor().own());
   print_components(status.components);
   if (!status.skipped.empty()) std::cout << "\nLeft out\n";
   for (const auto& [reason, files] : status.skipped) std::cout << fmt::format("  {}: {}\n", reason, files);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "extraction/extraction.h"
+#include "extraction/fallback.h"
 #include "languages/languages.h"
 #include "languages/query.h"
 #include "tarnwick/version.h"
@@ -51,6 +52,13 @@ facts::FileFacts SourceExtractor::extract(std::string_view language, std::string
     return extraction::extract(own->row, own->row.grammar(), *own->query, text, path);
   const auto* row = languages::language_named(language);
   return row ? extraction::extract(*row, text, path) : facts::FileFacts();
+}
+
+facts::FileFacts SourceExtractor::read_plainly(std::string_view language, std::string_view text,
+                                               std::string_view path) const {
+  const auto* own = own_named(language);
+  const auto* row = own ? &own->row : languages::language_named(language);
+  return row ? extraction::read_plainly(*row, text, path) : facts::FileFacts{.is_fallback = true};
 }
 
 std::string SourceExtractor::version() const {

@@ -20,6 +20,8 @@ class SourceExtractor final : public facts::Extractor {
   bool is_test_path(std::string_view path) const override;
   facts::FileFacts extract(std::string_view language, std::string_view text,
                            std::string_view path) const override;
+  facts::FileFacts read_plainly(std::string_view language, std::string_view text,
+                                std::string_view path) const override;
   std::string version() const override;
 
  private:

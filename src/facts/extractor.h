@@ -27,6 +27,12 @@ class Extractor {
   /// What a file of that language says. Never throws for what it holds.
   virtual FileFacts extract(std::string_view language, std::string_view text,
                             std::string_view path) const = 0;
+  /// What plain patterns find in such a file (FileFacts::is_fallback), for one that cannot be parsed. Linear
+  /// time.
+  virtual FileFacts read_plainly(std::string_view /*language*/, std::string_view /*text*/,
+                                 std::string_view /*path*/) const {
+    return {.is_fallback = true};
+  }
   /// A text that differs whenever the same file could yield other facts: an index made by another version is
   /// made anew.
   virtual std::string version() const { return {}; }

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "facts/parse_failure.h"
+
 namespace tarnwick::facts {
 
 /// A symbol that a file defines. Lines count from 1, both ends inclusive, in the file's folded text
@@ -52,7 +54,8 @@ struct FileFacts {
   std::vector<Use> uses = {};  ///< in order of line
   std::vector<Import> imports = {};
   bool has_error = false;    ///< the parser met a syntax error; everything else is still there
-  bool is_fallback = false;  ///< parsing took too long: names and lines by plain patterns, no uses
+  bool is_fallback = false;  ///< not parsed: names and lines by plain patterns, no uses
+  ParseFailure failure = ParseFailure::none;  ///< why it was not, if it should have been
 };
 
 }  // namespace tarnwick::facts

@@ -102,6 +102,7 @@ FileRecord make_record(FileInfo info, facts::FileFacts facts, std::string_view t
   record.imports = std::move(facts.imports);
   if (record.imports.size() > MOST_ROWS) record.imports.resize(MOST_ROWS);
   info.has_error = facts.has_error;
+  info.failure = facts.failure;
   record.info = std::move(info);
   return record;
 }

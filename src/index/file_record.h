@@ -32,7 +32,8 @@ struct FileInfo {
   bool is_source = false;           ///< code, as opposed to documentation and data
   std::optional<std::string> skip;  ///< why the file was left out
   std::int64_t lines = 0;
-  bool has_error = false;  ///< the parser met a syntax error
+  bool has_error = false;                                   ///< the parser met a syntax error
+  facts::ParseFailure failure = facts::ParseFailure::none;  ///< why the file was read by plain patterns
 };
 
 /// A symbol, ready to be stored.

@@ -30,7 +30,7 @@ std::int64_t bytes_on_disk(const std::filesystem::path& file) {
 
 std::vector<LanguageStatus> languages(Connection& connection) {
   SQLite::Statement& query = connection.prepare(
-      "SELECT language, count(*), sum(has_error), sum(symbols), sum(uses) "
+      "SELECT language, count(*), sum(has_error = 1), sum(symbols), sum(uses) "
       "FROM files AS f WHERE skip IS NULL GROUP BY language ORDER BY 2 DESC, 1");
   std::vector<LanguageStatus> rows;
   while (query.executeStep()) {
@@ -99,6 +99,13 @@ std::vector<SkippedFile> skipped_files(Connection& connection) {
     while (query.executeStep())
       rows.push_back({query.getColumn(0).getString(), query.getColumn(1).getString()});
     query.reset();
+    SQLite::Statement& unparsed = connection.prepare(
+        "SELECT path, has_error FROM files WHERE skip IS NULL AND has_error > 1 ORDER BY has_error, path");
+    while (unparsed.executeStep()) {
+      const facts::ParseFailure failure = failure_of(unparsed.getColumn(1).getInt());
+      rows.push_back({unparsed.getColumn(0).getString(), std::string(facts::reason(failure))});
+    }
+    unparsed.reset();
     return rows;
   });
 }

@@ -55,7 +55,8 @@ bool has_files(Connection& connection);
 /// How many files were left out, most first, then by reason.
 std::vector<SkipStatus> skip_counts(Connection& connection);
 
-/// The files that were left out, by reason, then by path.
+/// The files that were left out, by reason, then by path; behind them those that are in the index as plain
+/// patterns read them, since they could not be parsed.
 std::vector<SkippedFile> skipped_files(Connection& connection);
 
 /// How far the first indexing is: 100 when it is complete, else the share of files done, at most 99.

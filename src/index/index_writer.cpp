@@ -135,7 +135,7 @@ void IndexWriter::add_info(std::int64_t file_id, const FileRecord& record) {
   insert.bind(9, static_cast<int>(info.is_source));
   bind_optional(insert, 10, info.skip);
   insert.bind(11, info.lines);
-  insert.bind(12, static_cast<int>(info.has_error));
+  insert.bind(12, error_number(info.has_error, info.failure));
   insert.bind(13, static_cast<std::int64_t>(record.symbols.size()));
   insert.bind(14, std::accumulate(record.uses.begin(), record.uses.end(), std::int64_t{0},
                                   [](std::int64_t sum, const UseRow& use) { return sum + use.count; }));

@@ -31,11 +31,24 @@
 #include <cstdint>
 #include <string_view>
 
+#include "facts/parse_failure.h"
+
 namespace tarnwick::index {
 
 /// Counts up with every change of tables, of what is put in them, or of extraction: an older index is
 /// rebuilt.
 inline constexpr int SCHEMA_VERSION = 8;
+
+/// What `files.has_error` holds: 0, 1 after a syntax error, or a number from 2 on that tells why the file
+/// could not be parsed.
+constexpr int error_number(bool has_error, facts::ParseFailure failure) {
+  return failure == facts::ParseFailure::none ? static_cast<int>(has_error) : 1 + static_cast<int>(failure);
+}
+constexpr facts::ParseFailure failure_of(int error_number) {
+  return error_number > 1 && error_number <= 1 + facts::LAST_PARSE_FAILURE
+             ? static_cast<facts::ParseFailure>(error_number - 1)
+             : facts::ParseFailure::none;
+}
 
 /// "tarn" in the header of the file; frozen.
 inline constexpr int APPLICATION_ID = 0x7461726E;
