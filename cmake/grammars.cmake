@@ -81,28 +81,3 @@ target_link_options(tree_sitter INTERFACE LINKER:--export-dynamic-symbol=ts_curr
 add_library(tarnwick_grammars STATIC)
 set_target_properties(tarnwick_grammars PROPERTIES LINKER_LANGUAGE C)
 target_link_libraries(tarnwick_grammars PUBLIC tree_sitter)
-foreach(
-  directory
-  @tree-sitter-grammars/tree-sitter-lua
-  @tree-sitter-grammars/tree-sitter-markdown/tree-sitter-markdown
-  @tree-sitter-grammars/tree-sitter-toml
-  @tree-sitter-grammars/tree-sitter-yaml
-  tree-sitter-bash
-  tree-sitter-c
-  tree-sitter-c-sharp
-  tree-sitter-cpp
-  tree-sitter-go
-  tree-sitter-java
-  tree-sitter-javascript
-  tree-sitter-json
-  tree-sitter-kotlin
-  tree-sitter-php/php
-  tree-sitter-python
-  tree-sitter-ruby
-  tree-sitter-rust
-  tree-sitter-scala
-  tree-sitter-swift
-  tree-sitter-typescript/tsx
-  tree-sitter-typescript/typescript)
-  tarnwick_grammar(${directory})
-endforeach()

@@ -68,8 +68,11 @@ void print_own_languages(const languages::OwnLanguages& own) {
   if (own.languages.empty() && own.problems.empty()) return;
   std::cout << "\nOwn languages\n";
   for (const auto& language : own.languages) {
-    std::cout << fmt::format("  {}: {}{}{}\n", shown(language->name), shown(language->extensions),
-                             shown(language->file_names), shown(language->interpreters));
+    const languages::Language& row = language->row;
+    std::string files;
+    for (const auto* names : {&row.extensions, &row.file_names, &row.interpreters})
+      for (const std::string& name : *names) files += " " + name;
+    std::cout << fmt::format("  {}:{}\n", shown(row.name), shown(files));
   }
   for (const auto& problem : own.problems) std::cout << fmt::format("  left out: {}\n", shown(problem));
 }

@@ -12,6 +12,7 @@
 #include "extraction/merging.h"
 #include "extraction/scoped_names.h"
 #include "extraction/signature.h"
+#include "languages/file_names.h"
 
 namespace tarnwick::extraction {
 
@@ -55,7 +56,7 @@ class Assembler {
       : raw_(std::move(raw)),
         language_(language),
         text_(text),
-        attachments_(std::move(raw_.attachments), text),
+        attachments_(std::move(raw_.attachments), language, text),
         lines_(text),
         exported_names_(raw_.exported_names.begin(), raw_.exported_names.end()) {
     auto prefix = raw_.package.empty() ? languages::module_of(language, path)
@@ -216,7 +217,8 @@ class Assembler {
 
   void import(const RawImport& raw) {
     const auto line = lines_.line_of(raw.range.start);
-    facts_.imports.push_back({std::string(raw.module), std::string(raw.name), std::string(raw.alias), line});
+    facts_.imports.push_back({std::string(languages::without_import_extension(language_, raw.module)),
+                              std::string(raw.name), std::string(raw.alias), line});
     const auto name = last_part(raw.name.empty() || raw.name == "*" ? raw.module : raw.name);
     if (name.empty()) return;
     facts_.uses.push_back(
@@ -247,13 +249,13 @@ class Assembler {
     if (outer.access) return *outer.access;
     const auto first = static_cast<unsigned char>(name.empty() ? '_' : name.front());
     switch (language_.exports) {
-      case languages::ExportRule::MARKED:
+      case languages::ExportRule::marked:
         return false;
-      case languages::ExportRule::UNMARKED:
+      case languages::ExportRule::unmarked:
         return true;
-      case languages::ExportRule::UNDERSCORE:
+      case languages::ExportRule::underscore:
         return first != '_' || (name.starts_with("__") && name.ends_with("__"));
-      case languages::ExportRule::UPPERCASE:
+      case languages::ExportRule::uppercase:
         return std::isupper(first) || first >= 0x80;
     }
     return false;

@@ -6,13 +6,11 @@
 #include <utility>
 #include <vector>
 
+#include "words/characters.h"
+
 namespace tarnwick::extraction {
 
 namespace {
-
-bool is_word(char c) {
-  return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || (c & 0x80) != 0;
-}
 
 /// Reads a type's head behind its keyword.
 class Head {
@@ -25,7 +23,8 @@ class Head {
     skip_blank();
     const std::size_t start = at_;
     std::size_t end = start;
-    while (take_macro() && skip_blank() && at_ < text_.size() && is_word(text_[at_])) end = at_;
+    while (take_macro() && skip_blank() && at_ < text_.size() && words::is_name_character(text_[at_]))
+      end = at_;
     at_ = end;
     if (end == start || !take_name()) return std::nullopt;
     skip_blank();
@@ -44,7 +43,7 @@ class Head {
 
   std::string_view take_word() {
     const std::size_t start = at_;
-    while (at_ < text_.size() && is_word(text_[at_])) ++at_;
+    while (at_ < text_.size() && words::is_name_character(text_[at_])) ++at_;
     return text_.substr(start, at_ - start);
   }
 
@@ -90,7 +89,7 @@ std::optional<std::string> without_attribute_macros(std::string_view text) {
   std::optional<std::string> result;
   for (const std::string_view keyword : {"class", "struct", "union"}) {
     for (std::size_t at = text.find(keyword); at != std::string_view::npos; at = text.find(keyword, at)) {
-      const bool begins = at == 0 || !is_word(text[at - 1]);
+      const bool begins = at == 0 || !words::is_name_character(text[at - 1]);
       at += keyword.size();
       if (!begins || at == text.size() || !std::isspace(static_cast<unsigned char>(text[at]))) continue;
       const auto macros = Head(text, at).macros(keyword == "class" ? ';' : '{');

@@ -5,6 +5,7 @@
 #include <cctype>
 #include <optional>
 #include <ranges>
+#include <utility>
 #include <vector>
 
 #include "text/lines.h"
@@ -44,6 +45,14 @@ bool consume(std::string_view& text, std::string_view prefix) {
   return true;
 }
 
+/// What opens and closes a block comment; null for a comment that is none.
+const std::pair<std::string, std::string>* block_marks(std::string_view comment,
+                                                       const languages::Language& language) {
+  const auto found = std::ranges::find_if(
+      language.block_comments, [&](const auto& marks) { return comment.starts_with(marks.first); });
+  return found == language.block_comments.end() ? nullptr : &*found;
+}
+
 /// The lines between the markers of a block comment, without the asterisks that lead them.
 void add_block(std::string_view comment, std::string_view end, std::vector<std::string_view>& lines) {
   if (comment.ends_with(end)) comment.remove_suffix(end.size());
@@ -54,8 +63,7 @@ void add_block(std::string_view comment, std::string_view end, std::vector<std::
     const auto indent = indentation(line);
     if (indent < line.size() && line[indent] == '*') {
       line.remove_prefix(indent);
-      while (consume(line, "*")) {
-      }
+      line.remove_prefix(std::min(line.find_first_not_of('*'), line.size()));
       consume(line, " ");
     } else if (first) {
       line.remove_prefix(indent);
@@ -66,33 +74,28 @@ void add_block(std::string_view comment, std::string_view end, std::vector<std::
 }
 
 /// A line that speaks to a tool, not to a reader.
-bool is_directive(std::string_view line) {
-  constexpr auto DIRECTIVES = std::to_array<std::string_view>(
-      {"go:",     "+build",       "nolint",     "eslint",    "tslint",      "prettier-",
-       "@ts-",    "istanbul ",    "v8 ignore",  "type:",     "noqa",        "pylint:",
-       "mypy:",   "fmt:",         "yapf:",      "isort:",    "ruff:",       "pragma:",
-       "pragma ", "clang-format", "NOLINT",     "rubocop:",  "shellcheck ", "frozen_string_literal:",
-       "-*-",     "vim:",         "#region",    "region ",   "endregion",   "swiftlint:",
-       "phpcs:",  "noinspection", "CHECKSTYLE", "language=", "export ",     "!/"});
-  return std::ranges::any_of(DIRECTIVES, [&](auto directive) { return line.starts_with(directive); });
+bool is_directive(std::string_view line, const languages::Language& language) {
+  constexpr auto OF_ANY_LANGUAGE =
+      std::to_array<std::string_view>({"-*-", "vim:", "region ", "#region", "endregion", "clang-format",
+                                       "prettier-", "pragma:", "pragma ", "!/"});
+  const auto begins = [&](const auto& directive) { return line.starts_with(directive); };
+  return std::ranges::any_of(OF_ANY_LANGUAGE, begins) || std::ranges::any_of(language.directives, begins);
 }
 
-void add_line(std::string_view comment, std::vector<std::string_view>& lines) {
-  if (consume(comment, "//")) {
-    while (consume(comment, "/")) {
-    }
-    if (consume(comment, "!")) {
-    }
-    consume(comment, "<");
-  } else if (comment.starts_with("--")) {
-    comment.remove_prefix(std::min(comment.find_first_not_of('-'), comment.size()));
-  } else if (comment.starts_with('#')) {
-    comment.remove_prefix(std::min(comment.find_first_not_of('#'), comment.size()));
+/// The text behind a line's marker, which may be repeated and followed by what makes it documentation.
+void add_line(std::string_view comment, const languages::Language& language,
+              std::vector<std::string_view>& lines) {
+  const auto marker = std::ranges::find_if(language.line_comments,
+                                           [&](const auto& each) { return comment.starts_with(each); });
+  if (marker != language.line_comments.end() && !marker->empty()) {
+    comment.remove_prefix(marker->size());
+    comment.remove_prefix(std::min(comment.find_first_not_of(marker->back()), comment.size()));
     if (comment.starts_with("!/")) return;
-    consume(comment, ":");  // the attribute comments of a documentation generator
+    if (!consume(comment, "!")) consume(comment, ":");
+    consume(comment, "<");
   }
   consume(comment, " ");
-  if (!is_directive(text::trim(comment))) lines.push_back(comment);
+  if (!is_directive(text::trim(comment), language)) lines.push_back(comment);
 }
 
 bool contains_ignoring_case(std::string_view text, std::string_view word) {
@@ -121,20 +124,18 @@ std::optional<std::ptrdiff_t> blank_lines(std::string_view text) {
 
 }  // namespace
 
-std::string comment_text(std::span<const std::string_view> comments) {
+std::string comment_text(const languages::Language& language, std::span<const std::string_view> comments) {
   std::vector<std::string_view> lines;
   bool is_block = false;
   for (auto comment : comments) {
-    if (consume(comment, "/*")) {
-      add_block(comment, "*/", lines);
+    if (const auto* marks = block_marks(comment, language)) {
+      add_block(comment.substr(marks->first.size()), marks->second, lines);
       is_block = true;
-    } else if (consume(comment, "--[[")) {
-      add_block(comment, "]]", lines);
     } else {
-      add_line(comment, lines);
+      add_line(comment, language, lines);
     }
   }
-  if (is_block && lines.size() == 1 && is_directive(text::trim(lines[0]))) return {};
+  if (is_block && lines.size() == 1 && is_directive(text::trim(lines[0]), language)) return {};
   // A block's first line starts at its marker: its own indentation says nothing of the others'.
   auto text = dedent(std::move(lines), is_block ? 1 : 0);
   return is_licence(text) || !says_something(text) ? std::string() : text;
@@ -156,8 +157,9 @@ std::string literal_text(std::string_view literal) {
   return dedent(text::split_lines(literal), 1);
 }
 
-Attachments::Attachments(std::vector<Attachment> all, std::string_view text)
-    : all_(std::move(all)), text_(text) {
+Attachments::Attachments(std::vector<Attachment> all, const languages::Language& language,
+                         std::string_view text)
+    : all_(std::move(all)), language_(language), text_(text) {
   // Two patterns may find the same attribute; the one that knows its documentation comes first.
   std::ranges::sort(all_, {}, [](const Attachment& each) {
     return std::pair(each.range.start, each.kind != Attachment::Kind::DOCUMENTING_ATTRIBUTE);
@@ -189,7 +191,7 @@ Attachments::Found Attachments::above(std::size_t start) const {
     if (candidate.kind == Attachment::Kind::COMMENT) {
       if (!starts_its_line(candidate.range.start)) break;
       if (!block_seen) comments.push_back(comment);
-      block_seen = block_seen || comment.starts_with("/*") || comment.starts_with("--[[");
+      block_seen = block_seen || block_marks(comment, language_) != nullptr;
     } else {
       found.start = candidate.range.start;
       if (candidate.kind == Attachment::Kind::DOCUMENTING_ATTRIBUTE)
@@ -198,7 +200,7 @@ Attachments::Found Attachments::above(std::size_t start) const {
     position = candidate.range.start;
   }
   std::ranges::reverse(comments);
-  found.documentation = comment_text(comments);
+  found.documentation = comment_text(language_, comments);
   for (const auto& each : std::ranges::reverse_view(attributes)) {
     if (!found.documentation.empty()) found.documentation += '\n';
     found.documentation += each;
@@ -213,7 +215,7 @@ std::string Attachments::behind(std::size_t end) const {
   const auto gap = text_.substr(end, next->range.start - end);
   if (gap.find_first_not_of(" \t,;") != std::string_view::npos) return {};
   const auto comment = view(next->range);
-  return comment_text({&comment, 1});
+  return comment_text(language_, {&comment, 1});
 }
 
 std::span<const Attachment> Attachments::within(Range range) const {

@@ -246,11 +246,10 @@ Owned<TSTree> parse(const TSLanguage* grammar, std::string_view text, const Extr
 }
 
 /// Nothing when the time did not suffice.
-std::optional<RawFacts> collect(const languages::Language& language, const TSLanguage* grammar,
-                                const languages::Query& query, std::string_view text,
-                                const ExtractionLimits& limits) {
-  const auto plainer = language.has_attribute_macros ? without_attribute_macros(text) : std::nullopt;
-  auto tree = parse(grammar, plainer ? *plainer : text, limits);
+std::optional<RawFacts> collect(const languages::Language& language, const languages::Query& query,
+                                std::string_view text, const ExtractionLimits& limits) {
+  const auto plainer = language.attribute_macros ? without_attribute_macros(text) : std::nullopt;
+  auto tree = parse(language.grammar(), plainer ? *plainer : text, limits);
   if (!tree) return std::nullopt;
   const auto deadline = Clock::now() + limits.time;
   thread_local languages::SyntaxTree nodes;
@@ -267,12 +266,12 @@ std::optional<RawFacts> collect(const languages::Language& language, const TSLan
 
 }  // namespace
 
-facts::FileFacts extract(const languages::Language& language, const TSLanguage* grammar,
-                         const languages::Query& query, std::string_view folded_text, std::string_view path,
+facts::FileFacts extract(const languages::Language& language, const languages::Query& query,
+                         std::string_view folded_text, std::string_view path,
                          const ExtractionLimits& limits) {
   const bool addressable = folded_text.size() < std::numeric_limits<std::uint32_t>::max();
   auto raw = addressable && is_parsable(folded_text, language.max_unclosed_angles)
-                 ? collect(language, grammar, query, folded_text, limits)
+                 ? collect(language, query, folded_text, limits)
                  : std::nullopt;
   if (!raw) return read_plainly(language, folded_text, path);
   return assemble(*std::move(raw), language, folded_text, path);
@@ -281,7 +280,7 @@ facts::FileFacts extract(const languages::Language& language, const TSLanguage* 
 facts::FileFacts extract(const languages::Language& language, std::string_view folded_text,
                          std::string_view path, const ExtractionLimits& limits) {
   const auto* query = languages::query_of(language);
-  return query ? extract(language, language.grammar(), *query, folded_text, path, limits)
+  return query ? extract(language, *query, folded_text, path, limits)
                : read_plainly(language, folded_text, path);
 }
 

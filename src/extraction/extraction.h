@@ -23,9 +23,9 @@ struct ExtractionLimits {
 facts::FileFacts extract(const languages::Language& language, std::string_view folded_text,
                          std::string_view path, const ExtractionLimits& limits = {});
 
-/// As extract, with a grammar and a query of one's own.
-facts::FileFacts extract(const languages::Language& language, const TSLanguage* grammar,
-                         const languages::Query& query, std::string_view folded_text, std::string_view path,
+/// As extract, with a query of one's own.
+facts::FileFacts extract(const languages::Language& language, const languages::Query& query,
+                         std::string_view folded_text, std::string_view path,
                          const ExtractionLimits& limits = {});
 
 }  // namespace tarnwick::extraction

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <utility>
 
 #include "text/lines.h"
+#include "words/characters.h"
 
 namespace tarnwick::extraction {
 
@@ -14,7 +14,8 @@ namespace {
 constexpr std::size_t MAX_SIGNATURE_BYTES = 120;
 constexpr std::size_t READ_OF_A_LINE = 400;
 
-constexpr auto WORDS = std::to_array<std::pair<std::string_view, std::string_view>>({
+/// Words before a name that mean the same in most languages, and the kind of what they declare.
+constexpr auto DECLARATIONS = std::to_array<std::pair<std::string_view, std::string_view>>({
     {"class", "class"},
     {"interface", "interface"},
     {"struct", "struct"},
@@ -38,26 +39,30 @@ constexpr auto MODIFIERS = std::to_array<std::string_view>(
      "abstract", "async",   "pub",    "unsafe",  "const",     "sealed",   "open",   "data",
      "case",     "local",   "inline", "declare", "typedef",   "override", "partial"});
 
-bool is_word(char c) {
-  return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '$' || (c & 0x80) != 0;
-}
-
 /// Takes the next word off `line`; empty when none stands there.
 std::string_view take_word(std::string_view& line) {
   line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
   std::size_t end = line.starts_with('#') ? 1 : 0;
-  while (end < line.size() && is_word(line[end])) ++end;
+  while (end < line.size() && words::is_name_character(line[end])) ++end;
   const auto word = line.substr(0, end);
   line.remove_prefix(end);
   return word;
 }
 
-std::pair<std::string_view, std::string_view> kind_and_name(std::string_view line) {
+/// What a word before a name declares; empty for any other word.
+std::string_view kind_after(std::string_view word, const languages::Language& language) {
+  if (const auto own = language.declarations.find(word); own != language.declarations.end())
+    return own->second;
+  const auto* known = std::ranges::find(DECLARATIONS, word, [](const auto& each) { return each.first; });
+  return known == DECLARATIONS.end() ? std::string_view() : known->second;
+}
+
+std::pair<std::string_view, std::string_view> kind_and_name(std::string_view line,
+                                                            const languages::Language& language) {
   constexpr int MAX_MODIFIERS = 6;
   for (int i = 0; i < MAX_MODIFIERS; ++i) {
     const auto word = take_word(line);
-    const auto* known = std::ranges::find(WORDS, word, [](const auto& each) { return each.first; });
-    if (known != WORDS.end()) return {known->second, take_word(line)};
+    if (const auto kind = kind_after(word, language); !kind.empty()) return {kind, take_word(line)};
     if (std::ranges::find(MODIFIERS, word) == MODIFIERS.end()) return {};
   }
   return {};
@@ -73,10 +78,9 @@ facts::FileFacts read_plainly(const languages::Language& language, std::string_v
   std::size_t start = 0;
   for (const auto line : text::split_lines(text)) {
     ++number;
-    const auto [kind, name] = kind_and_name(line.substr(0, READ_OF_A_LINE));
+    const auto [kind, name] = kind_and_name(line.substr(0, READ_OF_A_LINE), language);
     if (!name.empty()) {
-      auto fqn =
-          module.empty() ? std::string(name) : module + std::string(language.separator) + std::string(name);
+      auto fqn = module.empty() ? std::string(name) : module + language.separator + std::string(name);
       auto head = line.substr(0, std::min(line.find('\n'), MAX_SIGNATURE_BYTES));
       head.remove_prefix(std::min(head.find_first_not_of(" \t"), head.size()));
       facts.definitions.push_back({.name = std::string(name),

@@ -1,7 +1,9 @@
 #include "extraction/signature.h"
 
 #include <algorithm>
-#include <cctype>
+#include <utility>
+
+#include "words/characters.h"
 
 namespace tarnwick::extraction {
 
@@ -9,10 +11,6 @@ namespace {
 
 bool is_space(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-bool is_word(char c) {
-  return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || (c & 0x80) != 0;
 }
 
 /// Appends text with its white space folded: a run becomes one blank, or nothing inside a bracket where a
@@ -49,8 +47,9 @@ class Folder {
     if (!lines_end_members_ || !open_.ends_with('{')) return false;
     if (result_.ends_with("=>") || result_.ends_with("->")) return false;
     const char last = result_.back();
-    const bool is_whole = is_word(last) || std::string_view(")]}>\"'`").find(last) != std::string_view::npos;
-    return is_whole && (is_word(next) || next == '[' || next == '"' || next == '\'');
+    const bool is_whole =
+        words::is_name_character(last) || std::string_view(")]}>\"'`").find(last) != std::string_view::npos;
+    return is_whole && (words::is_name_character(next) || next == '[' || next == '"' || next == '\'');
   }
 
   void nest(char c) {
@@ -70,7 +69,9 @@ class Folder {
 
 void cut(std::string& signature, std::size_t max_bytes) {
   auto end = max_bytes;
-  while (end > max_bytes / 2 && is_word(signature[end - 1]) && is_word(signature[end])) --end;
+  while (end > max_bytes / 2 && words::is_name_character(signature[end - 1]) &&
+         words::is_name_character(signature[end]))
+    --end;
   while (end > 0 && (signature[end] & 0xC0) == 0x80)
     --end;  // a word longer than that: at least no half character
   signature.resize(end);

@@ -15,15 +15,12 @@ class SourceExtractor final : public facts::Extractor {
 
   const languages::OwnLanguages& own() const { return own_; }
 
-  std::string language_of(std::string_view path, std::optional<std::string_view> text) const override;
-  bool is_source(std::string_view language) const override;
-  bool is_test_path(std::string_view path) const override;
-  facts::FileFacts extract(std::string_view language, std::string_view text,
-                           std::string_view path) const override;
+  bool may_read(std::string_view path) const override;
+  std::optional<facts::FileKind> kind_of(std::string_view path, std::string_view text) const override;
+  facts::FileFacts extract(const facts::Source& source) const override;
   std::string version() const override;
 
  private:
-  const languages::OwnLanguage* own_named(std::string_view name) const;
   const languages::OwnLanguage* own_of(std::string_view path, std::string_view text) const;
 
   languages::OwnLanguages own_;

@@ -1,6 +1,7 @@
 // What reads source files, as the indexer asks for it.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -8,6 +9,26 @@
 #include "facts/facts.h"
 
 namespace tarnwick::facts {
+
+/// What a file is, by the conventions of its language.
+struct FileKind {
+  std::string language = {};
+  std::string family = {};    ///< equal for languages that can use each other's names
+  bool is_source = false;     ///< code, as opposed to documentation and data
+  bool is_test = false;       ///< test code
+  bool is_generated = false;  ///< written by a tool, as its name says
+  /// How much of the path imports name the file by: it ends before the extension, or behind the directory
+  /// that the file means (`pkg/__init__.py` is `pkg`).
+  std::size_t stem_size = 0;
+  std::string tested = {};  ///< what the name of a test says that it tests; may be empty
+};
+
+/// A text to read; views.
+struct Source {
+  std::string_view path;
+  std::string_view text;
+  std::string_view language;  ///< FileKind::language
+};
 
 /// Reads source files. Safe to call from several threads at once.
 class Extractor {
@@ -17,18 +38,14 @@ class Extractor {
   Extractor& operator=(const Extractor&) = delete;
   virtual ~Extractor() = default;
 
-  /// The language of a file by its path and, where that leaves it open, its text; empty:
-  /// none that is read. With `text` absent the answer is for the name alone, and "unknown" means that the
-  /// text must tell.
-  virtual std::string language_of(std::string_view path, std::optional<std::string_view> text) const = 0;
-  /// Whether the language is code, as opposed to documentation and data.
-  virtual bool is_source(std::string_view language) const = 0;
-  virtual bool is_test_path(std::string_view path) const = 0;
-  /// What a file of that language says. Never throws for what it holds.
-  virtual FileFacts extract(std::string_view language, std::string_view text,
-                            std::string_view path) const = 0;
+  /// Whether a file of that name may be one that is read; its text may still say otherwise.
+  virtual bool may_read(std::string_view path) const = 0;
+  /// Nothing for a file that is not read.
+  virtual std::optional<FileKind> kind_of(std::string_view path, std::string_view text) const = 0;
+  /// What a file says. Never throws for what it holds.
+  virtual FileFacts extract(const Source& source) const = 0;
   /// A text that differs whenever the same file could yield other facts: an index made by another version is
-  /// made anew.
+  /// rebuilt.
   virtual std::string version() const { return {}; }
 };
 

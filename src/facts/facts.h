@@ -39,9 +39,10 @@ struct Use {
 
 /// A name that a file brings in from elsewhere.
 struct Import {
-  std::string module;  ///< as written, without quotes: `./util`, `a.b`, `crate::x`, `foo/bar.h`
-  std::string name;    ///< the imported name; empty for a whole module
-  std::string alias;   ///< the local name; empty when it is the imported one
+  std::string
+      module;  ///< as written, without quotes and a file's extension: `./util`, `a.b`, `crate::x`, `foo/bar`
+  std::string name;   ///< the imported name; empty for a whole module
+  std::string alias;  ///< the local name; empty when it is the imported one
   std::int64_t line = 1;
 };
 

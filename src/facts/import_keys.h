@@ -7,17 +7,15 @@
 
 namespace tarnwick::facts {
 
-/// The parts of a module as an import writes it, outermost first, without what only says where to start
-/// (`crate`, `self`, dots) and without the extension of a file: `./lib/util.js` → lib, util; `a.b.C` → a, b,
-/// C.
+/// The parts of a module as facts::Import has it, outermost first, without what only says where to start
+/// (`crate`, `self`, dots): `./lib/util` → lib, util; `a.b.C` → a, b, C.
 std::vector<std::string_view> module_parts(std::string_view module);
 
 /// The last of them: by which `imported` is asked. Empty when there is none.
 std::string_view module_key(std::string_view module);
 
-/// The parts of a file's path by which it is imported: directories and the name without extension. A file
-/// that stands for its directory (`index.ts`, `__init__.py`, `mod.rs`) ends with the directory.
-std::vector<std::string_view> file_parts(std::string_view path);
+/// The parts of a path with `/`, outermost first.
+std::vector<std::string_view> path_parts(std::string_view path);
 
 /// How many parts two lists share at their ends.
 std::size_t common_end(const std::vector<std::string_view>& a, const std::vector<std::string_view>& b);

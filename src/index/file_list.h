@@ -1,8 +1,10 @@
 // The files of an index, in memory.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 #include "index/connection.h"
@@ -14,6 +16,11 @@ struct ListedFile {
   std::uint64_t family = 0;  ///< equal for languages that can see each other's names
   bool is_test = false;
   bool is_source = false;
+  std::size_t stem_size = 0;
+  std::string tested;  ///< what a test is named after; may be empty
+
+  /// The path as imports name it.
+  std::string_view stem() const { return std::string_view(path).substr(0, stem_size); }
 };
 
 /// The files that were read, by id; a SharedFacts.

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "facts/extractor.h"
 #include "facts/facts.h"
 #include "index/search_rows.h"
 
@@ -26,10 +27,8 @@ struct FileStat {
 struct FileInfo {
   std::string path;  ///< relative to the root; bytes that are no UTF-8 as lone surrogates (text/surrogates.h)
   FileStat stat;
-  std::int64_t hash = 0;  ///< of the bytes
-  std::string language;   ///< empty for a file that was left out
-  bool is_test = false;
-  bool is_source = false;           ///< code, as opposed to documentation and data
+  std::int64_t hash = 0;            ///< of the bytes
+  facts::FileKind kind;             ///< without a language for a file that was left out
   std::optional<std::string> skip;  ///< why the file was left out
   std::int64_t lines = 0;
   bool has_error = false;  ///< the parser met a syntax error

@@ -39,7 +39,7 @@ FileInfo info_of(SQLite::Statement& row) {
   info.path = row.getColumn(1).getString();
   info.stat = {row.getColumn(2).getInt64(), row.getColumn(3).getInt64(), row.getColumn(4).getInt64()};
   info.hash = row.getColumn(5).getInt64();
-  info.language = row.getColumn(6).getString();
+  info.kind.language = row.getColumn(6).getString();
   if (!row.getColumn(7).isNull()) info.skip = row.getColumn(7).getString();
   return info;
 }
@@ -123,22 +123,26 @@ void IndexWriter::add_info(std::int64_t file_id, const FileRecord& record) {
   const FileInfo& info = record.info;
   SQLite::Statement& insert = connection_->prepare(
       "INSERT INTO files (id, path, size, mtime_ns, stamp, hash, language, is_test, is_source, skip, lines, "
-      "has_error, symbols, uses) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+      "has_error, symbols, uses, family, stem_size, tested) "
+      "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
   insert.bind(1, file_id);
   insert.bindNoCopy(2, info.path);
   insert.bind(3, info.stat.size);
   insert.bind(4, info.stat.mtime_ns);
   insert.bind(5, info.stat.stamp);
   insert.bind(6, info.hash);
-  insert.bindNoCopy(7, info.language);
-  insert.bind(8, static_cast<int>(info.is_test));
-  insert.bind(9, static_cast<int>(info.is_source));
+  insert.bindNoCopy(7, info.kind.language);
+  insert.bind(8, static_cast<int>(info.kind.is_test));
+  insert.bind(9, static_cast<int>(info.kind.is_source));
   bind_optional(insert, 10, info.skip);
   insert.bind(11, info.lines);
   insert.bind(12, static_cast<int>(info.has_error));
   insert.bind(13, static_cast<std::int64_t>(record.symbols.size()));
   insert.bind(14, std::accumulate(record.uses.begin(), record.uses.end(), std::int64_t{0},
                                   [](std::int64_t sum, const UseRow& use) { return sum + use.count; }));
+  insert.bindNoCopy(15, info.kind.family);
+  insert.bind(16, static_cast<std::int64_t>(info.kind.stem_size));
+  insert.bindNoCopy(17, info.kind.tested);
   run(insert);
 }
 

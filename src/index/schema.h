@@ -5,7 +5,8 @@
 // one.
 //
 //   meta(key, value)            facts about the index as a whole: meta_keys
-//   files(id, path, …)          every file of the tree, the left out ones too (`skip` says why, else null)
+//   files(id, path, …)          every file of the tree, the left out ones too (`skip` says why, else null); what
+//                               it is: facts::FileKind
 //   components(id, name, path)  directories of packages; path is "" for the root
 //   names(id, name, lower)      each simple name once; lower is its Unicode lowercase
 //   symbols(id, name_id, …)     id = symbol_id(file, position): the rows of a file are neighbours. scope and
@@ -35,7 +36,7 @@ namespace tarnwick::index {
 
 /// Counts up with every change of tables, of what is put in them, or of extraction: an older index is
 /// rebuilt.
-inline constexpr int SCHEMA_VERSION = 8;
+inline constexpr int SCHEMA_VERSION = 9;
 
 /// "tarn" in the header of the file; frozen.
 inline constexpr int APPLICATION_ID = 0x7461726E;

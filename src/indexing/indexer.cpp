@@ -75,7 +75,6 @@ class Reader {
   FileRecord read(const Job& job) const {
     FileRecord record;
     record.info.path = job.path;
-    record.info.is_test = extractor_.is_test_path(job.path);
     if (!job.skip.empty()) {
       record.info.skip = std::string(job.skip);
       return record;
@@ -115,19 +114,19 @@ class Reader {
 
   FileRecord digest(index::FileInfo info, const std::string& bytes) const {
     const std::string text = files::decode_source(bytes);
-    const std::string language = extractor_.language_of(info.path, text);
+    auto kind = extractor_.kind_of(info.path, text);
     std::string_view skip = skips::by_content(bytes, text);
-    if (skip.empty() && language.empty()) skip = skips::UNSUPPORTED;
+    if (skip.empty() && !kind) skip = skips::UNSUPPORTED;
+    if (skip.empty() && kind->is_generated) skip = skips::GENERATED;
     if (!skip.empty()) {
       info.skip = std::string(skip);
       FileRecord record;
       record.info = std::move(info);
       return record;
     }
-    info.language = language;
-    info.is_source = extractor_.is_source(language);
+    info.kind = *std::move(kind);
     info.lines = std::count(text.begin(), text.end(), '\n') + (text.empty() || text.ends_with('\n') ? 0 : 1);
-    facts::FileFacts facts = extractor_.extract(language, text, info.path);
+    facts::FileFacts facts = extractor_.extract({.path = info.path, .text = text, .language = info.kind.language});
     return index::make_record(std::move(info), std::move(facts), text);
   }
 
@@ -315,7 +314,7 @@ void run_update(const IndexOptions& options, Progress* progress, IndexReport& re
 }  // namespace
 
 bool may_matter(const facts::Extractor& extractor, std::string_view path) {
-  return is_manifest(path) || !extractor.language_of(path, std::nullopt).empty();
+  return is_manifest(path) || extractor.may_read(path);
 }
 
 IndexReport update_index(const IndexOptions& options, Progress* progress) {

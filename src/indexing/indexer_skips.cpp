@@ -20,9 +20,6 @@ constexpr std::array<std::string_view, 10> LOCK_FILES = {
 constexpr std::array<std::string_view, 5> MINIFIED_ENDS = {".min.js", ".min.css", ".min.mjs", ".bundle.js",
                                                            ".js.map"};
 
-constexpr std::array<std::string_view, 7> GENERATED_ENDS = {
-    ".pb.go", ".pb.cc", ".pb.h", "_pb2.py", "_pb2_grpc.py", ".g.dart", ".designer.cs"};
-
 /// Where a file says what made it.
 constexpr std::size_t HEAD_BYTES = 1024;
 
@@ -67,7 +64,7 @@ std::string_view by_path(std::string_view path) {
     const std::size_t slash = path.find('/', start);
     if (slash == std::string_view::npos) {
       const std::string_view name = path.substr(start);
-      if (is_one_of(LOCK_FILES, name) || ends_with_one(GENERATED_ENDS, name)) return GENERATED;
+      if (is_one_of(LOCK_FILES, name)) return GENERATED;
       if (ends_with_one(MINIFIED_ENDS, name)) return MINIFIED;
       return secrets::is_secret_file(path) ? SECRET : std::string_view();
     }

@@ -1,9 +1,9 @@
 #include <algorithm>
+#include <array>
 #include <string>
 #include <vector>
 
 #include "languages/languages.h"
-#include "languages/word_list.h"
 
 namespace tarnwick::languages {
 
@@ -37,9 +37,13 @@ std::string join(const Parts& parts, std::string_view separator) {
   return result;
 }
 
-/// Drops a last part that only stands for its directory, unless nothing else is left.
-void drop_last(Parts& parts, std::string_view names) {
-  if (parts.size() > 1 && any_word(names, [&](auto name) { return name == parts.back(); })) parts.pop_back();
+bool is_one_of(std::string_view word, const auto& words) {
+  return std::ranges::find(words, word) != std::ranges::end(words);
+}
+
+/// Drops a last part that only means its directory, unless nothing else is left.
+void drop_last(Parts& parts, std::string_view name) {
+  if (parts.size() > 1 && parts.back() == name) parts.pop_back();
 }
 
 std::string dotted(Parts parts) {
@@ -58,18 +62,18 @@ std::string crate(Parts parts) {
     const bool has_crate = src != parts.begin();
     parts.erase(parts.begin(), has_crate ? src - 1 : src);
     parts.erase(parts.begin() + (has_crate ? 1 : 0));
-    if (any_word("mod lib main", [&](auto name) { return name == parts.back(); })) parts.pop_back();
+    if (is_one_of(parts.back(), std::to_array<std::string_view>({"mod", "lib", "main"}))) parts.pop_back();
   }
   for (auto& part : parts) std::ranges::replace(part, '-', '_');
   return join(parts, "::");
 }
 
 std::string file(Parts parts) {
-  constexpr std::string_view ROOTS = "packages src lib source libs apps";
+  constexpr auto ROOTS =
+      std::to_array<std::string_view>({"packages", "src", "lib", "source", "libs", "apps"});
   std::string last = parts.back();
   parts.pop_back();
-  std::erase_if(parts,
-                [&](const auto& part) { return any_word(ROOTS, [&](auto root) { return root == part; }); });
+  std::erase_if(parts, [&](const auto& part) { return is_one_of(part, ROOTS); });
   parts.push_back(std::move(last));
   drop_last(parts, "index");
   return join(parts, "/");
@@ -81,13 +85,13 @@ std::string module_of(const Language& language, std::string_view path) {
   auto parts = parts_of(path);
   if (parts.empty()) return {};
   switch (language.module_path) {
-    case ModulePath::DOTTED:
+    case ModulePath::dotted:
       return dotted(std::move(parts));
-    case ModulePath::CRATE:
+    case ModulePath::crate:
       return crate(std::move(parts));
-    case ModulePath::FILE:
+    case ModulePath::file:
       return file(std::move(parts));
-    case ModulePath::NONE:
+    case ModulePath::none:
       break;
   }
   return {};

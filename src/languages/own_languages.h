@@ -16,9 +16,8 @@ namespace tarnwick::languages {
 /// neither that variable nor HOME says where. Never in a repository: a grammar is code that is run.
 std::optional<std::filesystem::path> own_languages_folder();
 
-/// A language of a user's own, with all that its row refers to. Stays where it is.
+/// A language of a user's own, with its query. Stays where it is.
 struct OwnLanguage {
-  std::string name, extensions, file_names, interpreters, separator, test_files;
   Language row;
   std::optional<Query> query;
   std::string fingerprint;  ///< differs whenever the language may read a file differently

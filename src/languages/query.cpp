@@ -5,7 +5,7 @@
 #include <mutex>
 #include <string>
 
-#include "languages/word_list.h"
+#include "languages/built_in.h"
 
 namespace tarnwick::languages {
 
@@ -152,7 +152,7 @@ const Query* query_of(const Language& language) {
   auto& slot = slots.at(static_cast<std::size_t>(&language - languages().data()));
   std::call_once(slot.once, [&] {
     std::string text;
-    any_word(language.queries, [&](auto file) { return text += query_text(file), false; });
+    for (const auto& file : language.queries) text += query_text(file);
     slot.query = std::make_unique<const Query>(language.grammar(), text, language.name);
   });
   return slot.query.get();

@@ -52,10 +52,4 @@ class Query {
 /// language without grammar.
 const Query* query_of(const Language& language);
 
-/// The built-in query file of that name, without `.scm`; empty if there is none.
-std::string_view query_text(std::string_view name);
-
-/// A short text that differs whenever any query does.
-std::string_view query_fingerprint();
-
 }  // namespace tarnwick::languages

@@ -44,7 +44,7 @@ void sort_distinct(std::vector<Value>& values) {
 /// Where a relative module lies, seen from its importer; empty for other modules.
 Parts relative_parts(std::string_view importer, std::string_view module) {
   if (!module.starts_with('.')) return {};
-  Parts directory = facts::file_parts(importer.substr(0, importer.rfind('/') + 1));
+  Parts directory = facts::path_parts(importer.substr(0, importer.rfind('/') + 1));
   if (module.find('/') == std::string_view::npos && module != "." && module != "..") {
     // One dot is the package of the importer, each further one its parent.
     const std::size_t dots = std::min(module.find_first_not_of('.'), module.size());
@@ -63,7 +63,7 @@ Parts relative_parts(std::string_view importer, std::string_view module) {
 
 ImportLinks::ImportLinks(index::Connection& connection) : imported_(MOST_KEPT), test_importers_(MOST_KEPT) {
   for (const auto& [id, file] : connection.fact<index::FileList>().all()) {
-    Parts parts = facts::file_parts(file.path);
+    Parts parts = facts::path_parts(file.stem());
     add(files_, parts, id);
     if (parts.size() < 2) continue;
     parts.pop_back();
@@ -139,7 +139,7 @@ std::vector<std::int64_t> ImportLinks::read_importers(index::Connection& connect
                                                       std::int64_t file) const {
   const auto& files = connection.fact<index::FileList>();
   const index::ListedFile* const listed = files.find(file);
-  const Parts parts = listed == nullptr ? Parts() : facts::file_parts(listed->path);
+  const Parts parts = listed == nullptr ? Parts() : facts::path_parts(listed->stem());
   std::vector<std::int64_t> importers;
   if (parts.empty()) return importers;
   SQLite::Statement& query =

@@ -1,7 +1,6 @@
 #include "resolution/test_reach.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -11,7 +10,6 @@
 #include <unordered_map>
 #include <utility>
 
-#include "facts/import_keys.h"
 #include "index/file_list.h"
 #include "resolution/import_links.h"
 #include "resolution/resolver.h"
@@ -45,33 +43,16 @@ PathsById read_paths(SQLite::Statement& query) {
   return paths;
 }
 
-/// The name of a test file without what marks it as one, lowercased: `test_parser.py`, `ParserTest.java` →
-/// parser.
-std::string tested_name(std::string_view path) {
-  const std::vector<std::string_view> parts = facts::file_parts(path);
-  std::string name = parts.empty() ? std::string() : text::lowercase(parts.back());
-  constexpr std::array<std::string_view, 8> ENDS = {"_unittest", "_tests", "_test", "_spec",
-                                                    ".test",     ".spec",  "tests", "test"};
-  constexpr std::array<std::string_view, 3> STARTS = {"test_", "tests_", "test-"};
-  for (const std::string_view end : ENDS) {
-    if (name.size() > end.size() && name.ends_with(end)) {
-      name.resize(name.size() - end.size());
-      break;
-    }
-  }
-  for (const std::string_view start : STARTS) {
-    if (name.size() > start.size() && name.starts_with(start)) return name.substr(start.size());
-  }
-  return name;
+std::string_view last_part(const index::ListedFile& file) {
+  const std::string_view stem = file.stem();
+  return stem.substr(stem.rfind('/') + 1);
 }
 
 /// 0: named after the file; 1: the name holds the file's as a whole part; 2: neither.
-int name_distance(std::string_view test, std::string_view source) {
-  const std::vector<std::string_view> parts = facts::file_parts(source);
-  if (parts.empty()) return 2;
-  std::string name = text::lowercase(parts.back());
+int name_distance(const index::ListedFile& test, const index::ListedFile& source) {
+  std::string name = text::lowercase(last_part(source));
   name.erase(0, std::min(name.find_first_not_of('_'), name.size()));
-  const std::string tested = tested_name(test);
+  const std::string tested = text::lowercase(test.tested.empty() ? last_part(test) : test.tested);
   if (tested == name) return 0;
   const std::size_t at = tested.find(name);
   if (name.empty() || at == std::string::npos) return 2;
@@ -107,19 +88,19 @@ void reach_by_import(index::Connection& connection, const PathsById& sources, Re
       reaches[source][test].imports = true;
 }
 
-void rank_tests(const std::string& source, const std::map<std::int64_t, Reach>& tests,
+void rank_tests(const index::ListedFile& source, const std::map<std::int64_t, Reach>& tests,
                 const index::FileList& files, TestTable& records) {
   using Key = std::tuple<int, double, bool, std::size_t, std::string>;
   std::vector<Key> keys;
   for (const auto& [id, reach] : tests) {
     const index::ListedFile* const test = files.find(id);
     if (test == nullptr || !test->is_test || !reach.counts()) continue;
-    keys.emplace_back(name_distance(test->path, source), -reach.symbol_count(), !reach.imports,
-                      path_distance(test->path, source), test->path);
+    keys.emplace_back(name_distance(*test, source), -reach.symbol_count(), !reach.imports,
+                      path_distance(test->path, source.path), test->path);
   }
   std::sort(keys.begin(), keys.end());
   for (std::size_t rank = 0; rank < keys.size(); ++rank) {
-    records.add(std::get<std::string>(keys[rank]), source, {.number = static_cast<double>(rank)});
+    records.add(std::get<std::string>(keys[rank]), source.path, {.number = static_cast<double>(rank)});
   }
 }
 
@@ -149,7 +130,8 @@ std::shared_ptr<const TestRecords> covering_tests(index::Connection& connection,
   reach_by_use(connection, sources, reaches);
   reach_by_import(connection, sources, reaches);
   const auto& files = connection.fact<index::FileList>();
-  for (const auto& [source, reached] : reaches) rank_tests(sources.at(source), reached, files, *records);
+  for (const auto& [id, reached] : reaches)
+    if (const index::ListedFile* const source = files.find(id)) rank_tests(*source, reached, files, *records);
   return records;
 }
 

@@ -44,14 +44,16 @@ class OwnLanguagesTest : public testing::Test {
 TEST_F(OwnLanguagesTest, ReadFilesLikeTheBuiltInOnes) {
   const SourceExtractor extractor(read());
   EXPECT_THAT(extractor.own().problems, ElementsAre());
-  EXPECT_EQ(extractor.language_of("a/b.moon", std::nullopt), "moon");
-  EXPECT_EQ(extractor.language_of("run", "#!/usr/bin/moon\n"), "moon");
-  EXPECT_EQ(extractor.language_of("a/b.lua", ""), "lua");
-  EXPECT_TRUE(extractor.is_source("moon"));
-  EXPECT_TRUE(extractor.is_test_path("a/b_spec.moon"));
-  EXPECT_FALSE(extractor.is_test_path("a/b.moon"));
-  const facts::FileFacts facts =
-      extractor.extract("moon", "function f() end\nfunction _g() end\n", "a/b.moon");
+  EXPECT_TRUE(extractor.may_read("a/b.moon"));
+  EXPECT_EQ(extractor.kind_of("run", "#!/usr/bin/moon\n").value().language, "moon");
+  EXPECT_EQ(extractor.kind_of("a/b.lua", "").value().language, "lua");
+  EXPECT_FALSE(extractor.kind_of("a/b.moon", "").value().is_test);
+  const facts::FileKind test = extractor.kind_of("a/b_spec.moon", "").value();
+  EXPECT_EQ(test.language, "moon");
+  EXPECT_EQ(test.tested, "b");
+  EXPECT_TRUE(test.is_source && test.is_test);
+  const facts::FileFacts facts = extractor.extract(
+      {.path = "a/b.moon", .text = "function f() end\nfunction _g() end\n", .language = "moon"});
   ASSERT_EQ(facts.definitions.size(), 2U);
   EXPECT_EQ(facts.definitions[0].fqn, "f");
   EXPECT_TRUE(facts.definitions[0].is_export);
@@ -111,7 +113,7 @@ TEST_F(OwnLanguagesTest, FaultsAreNamedAndLeaveTheOthers) {
     const languages::OwnLanguages own = read();
     EXPECT_THAT(own.problems, testing::Contains(HasSubstr(problem)));
     ASSERT_EQ(own.languages.size(), 1U);
-    EXPECT_EQ(own.languages[0]->name, "moon");
+    EXPECT_EQ(own.languages[0]->row.name, "moon");
   }
   EXPECT_TRUE(languages::read_own_languages(folder_ / "nowhere").problems.empty());
 }

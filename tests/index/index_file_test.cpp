@@ -67,7 +67,7 @@ TEST(IndexFile, LiesInTheCacheFolderUnderOneNameForEachDirectory) {
 
 TEST(Packed, ComesBackAndIsCheckedOnTheWay) {
   constexpr std::string_view TEXT = "fn readFile\nopen()\nopen()\nfn close\nend\nend\n";
-  const facts::FileFacts facts = ToyExtractor().extract("toy", TEXT, "");
+  const facts::FileFacts facts = ToyExtractor().extract({.path = "", .text = TEXT, .language = "toy"});
   index::FileInfo info;
   info.path = "src/a.toy";
   const index::FileRecord record = index::make_record(info, facts, TEXT);

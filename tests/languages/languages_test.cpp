@@ -4,6 +4,8 @@
 
 #include <string_view>
 
+#include "languages/file_names.h"
+
 namespace tarnwick::languages {
 namespace {
 
@@ -39,32 +41,56 @@ TEST(Languages, OfAFile) {
   }
 }
 
-TEST(Languages, WhichPathsAreTests) {
-  for (const std::string_view path : {"tests/x.py",
-                                      "a/test_b.py",
-                                      "a/b_test.py",
-                                      "conftest.py",
-                                      "pkg/foo_test.go",
-                                      "src/a.test.ts",
-                                      "src/a.spec.js",
-                                      "src/__tests__/a.js",
-                                      "spec/a.ts",
-                                      "x/FooTest.java",
-                                      "src/test/java/Foo.java",
-                                      "x_test.rs",
-                                      "crate/tests/it.rs",
-                                      "src/runtime/tests.rs",
-                                      "a/b_test.cc",
-                                      "a/b_unittest.cc",
-                                      "lib/unittests/x.c",
-                                      "Tests/A.unknown",
-                                      "src/commonTest/A.java",
-                                      "Foo.Tests/A.java"})
-    EXPECT_TRUE(is_test_path(path)) << path;
-  for (const std::string_view path :
-       {"src/contest.py", "latest/x.py", "testing.py", "src/attest.go", "a/test.go", "spec/a.rs",
-        "Testament.java", "a/testutil.c", "protest/a.js", "test_"})
-    EXPECT_FALSE(is_test_path(path)) << path;
+struct NameCase {
+  std::string_view path;
+  bool is_test;
+  std::string_view tested;
+  std::string_view stem;
+};
+
+TEST(Languages, WhatTheNameOfAFileSays) {
+  for (const auto& [path, is_test, tested, stem] : std::initializer_list<NameCase>{
+           {"tests/x.py", true, "", "tests/x"},
+           {"a/test_b.py", true, "b", "a/test_b"},
+           {"a/b_test.py", true, "b", "a/b_test"},
+           {"conftest.py", true, "", "conftest"},
+           {"pkg/foo_test.go", true, "foo", "pkg/foo_test"},
+           {"src/a.test.ts", true, "a", "src/a.test"},
+           {"src/a.spec.js", true, "a", "src/a.spec"},
+           {"src/__tests__/index.js", true, "", "src/__tests__"},
+           {"spec/a.ts", true, "", "spec/a"},
+           {"x/FooTest.java", true, "Foo", "x/FooTest"},
+           {"src/test/java/Foo.java", true, "", "src/test/java/Foo"},
+           {"x_test.rs", true, "x", "x_test"},
+           {"crate/tests/it.rs", true, "", "crate/tests/it"},
+           {"src/runtime/tests.rs", true, "", "src/runtime/tests"},
+           {"a/test_b_test.cc", true, "b_test", "a/test_b_test"},
+           {"a/b_unittest.cc", true, "b", "a/b_unittest"},
+           {"lib/unittests/x.c", true, "", "lib/unittests/x"},
+           {"src/commonTest/A.java", true, "", "src/commonTest/A"},
+           {"Foo.Tests/A.java", true, "", "Foo.Tests/A"},
+           {"src/contest.py", false, "", "src/contest"},
+           {"latest/__init__.py", false, "", "latest"},
+           {"__init__.py", false, "", "__init__"},
+           {"src/net/mod.rs", false, "", "src/net"},
+           {"testing.py", false, "", "testing"},
+           {"src/attest.go", false, "", "src/attest"},
+           {"a/test.go", false, "", "a/test"},
+           {"spec/a.rs", false, "", "spec/a"},
+           {"Testament.java", false, "", "Testament"},
+           {"a/testutil.c", false, "", "a/testutil"},
+           {"protest/a.js", false, "", "protest/a"},
+       }) {
+    SCOPED_TRACE(path);
+    const Language& language = *language_of(path);
+    EXPECT_EQ(is_test_path(language, path), is_test);
+    EXPECT_EQ(tested_name(language, path), tested);
+    EXPECT_EQ(path.substr(0, stem_size(language, path)), stem);
+  }
+  EXPECT_TRUE(is_generated_path(*language_named("go"), "a/b.pb.go"));
+  EXPECT_FALSE(is_generated_path(*language_named("go"), "a/pb.go"));
+  EXPECT_EQ(without_import_extension(*language_named("javascript"), "./a.min.js"), "./a.min");
+  EXPECT_EQ(without_import_extension(*language_named("python"), "flask.json"), "flask.json");
 }
 
 struct ModuleCase {

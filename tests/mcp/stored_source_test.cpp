@@ -29,17 +29,15 @@ class GatedExtractor final : public facts::Extractor {
   }
 
   std::string version() const override { return inner_.version(); }
-  std::string language_of(std::string_view path, std::optional<std::string_view> head) const override {
+  bool may_read(std::string_view path) const override { return inner_.may_read(path); }
+  std::optional<facts::FileKind> kind_of(std::string_view path, std::string_view text) const override {
     if (path.ends_with(".bad")) throw std::runtime_error("a bad name");
-    return inner_.language_of(path, head);
+    return inner_.kind_of(path, text);
   }
-  bool is_source(std::string_view language) const override { return inner_.is_source(language); }
-  bool is_test_path(std::string_view path) const override { return inner_.is_test_path(path); }
-  facts::FileFacts extract(std::string_view path, std::string_view text,
-                           std::string_view language) const override {
+  facts::FileFacts extract(const facts::Source& source) const override {
     const int number = ++asked_;
     for (int allowed = allowed_; allowed < number; allowed = allowed_) allowed_.wait(allowed);
-    return inner_.extract(path, text, language);
+    return inner_.extract(source);
   }
 
  private:

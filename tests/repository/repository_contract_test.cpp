@@ -53,7 +53,7 @@ class FakeSubject final : public Subject {
   FakeSubject() {
     std::int64_t id = 0;
     for (const Source& source : SOURCES) {
-      for (auto& definition : ToyExtractor().extract("toy", source.text, source.path).definitions) {
+      for (auto& definition : ToyExtractor().extract({.path = source.path, .text = source.text, .language = "toy"}).definitions) {
         SymbolFields symbol = fields(++id, definition.name);
         symbol.fqn = definition.fqn;
         symbol.signature = definition.signature;

@@ -25,15 +25,24 @@ class ToyExtractor final : public facts::Extractor {
   explicit ToyExtractor(std::string version = {}) : version_(std::move(version)) {}
 
   std::string version() const override { return version_; }
-  std::string language_of(std::string_view path, std::optional<std::string_view> /*head*/) const override {
-    return path.ends_with(".toy") ? "toy" : path.ends_with(".note") ? "note" : "";
+  bool may_read(std::string_view path) const override {
+    return path.ends_with(".toy") || path.ends_with(".note");
   }
-  bool is_source(std::string_view language) const override { return language == "toy"; }
-  bool is_test_path(std::string_view path) const override {
-    return path.substr(path.rfind('/') + 1).starts_with("test_");
+  std::optional<facts::FileKind> kind_of(std::string_view path, std::string_view /*text*/) const override {
+    if (!may_read(path)) return std::nullopt;
+    const std::string_view stem = path.substr(0, path.rfind('.'));
+    const std::string_view name = stem.substr(stem.rfind('/') + 1);
+    const bool is_test = name.starts_with("test_");
+    const std::string language = path.ends_with(".toy") ? "toy" : "note";
+    return facts::FileKind{.language = language,
+                           .family = language,
+                           .is_source = language == "toy",
+                           .is_test = is_test,
+                           .stem_size = stem.size(),
+                           .tested = std::string(is_test ? name.substr(5) : "")};
   }
-  facts::FileFacts extract(std::string_view /*path*/, std::string_view text,
-                           std::string_view /*language*/) const override {
+  facts::FileFacts extract(const facts::Source& source) const override {
+    const std::string_view text = source.text;
     facts::FileFacts facts;
     std::vector<std::size_t> open;
     std::string documentation;
