@@ -9,6 +9,7 @@ namespace tarnwick::cli {
 /// command line is known to be right. The callback throws Failure or Interrupted, or lets an error of what it
 /// uses pass.
 void declare_context(CLI::App& command);
+void declare_symbol(CLI::App& command);
 void declare_index(CLI::App& command);
 void declare_status(CLI::App& command);
 void declare_mcp(CLI::App& command);

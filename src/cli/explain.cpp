@@ -2,6 +2,9 @@
 
 #include <spdlog/fmt/fmt.h>
 
+#include <string>
+#include <utility>
+
 #include "output/terminal.h"
 #include "text/surrogates.h"
 
@@ -18,31 +21,24 @@ std::string signals_of(const retrieval::ExplainedHit& hit) {
 
 }  // namespace
 
-RetrievalResult ExplainedRetriever::retrieve(const Text& task, std::int64_t limit, bool include_tests) const {
+RetrievalResult ExplainedView::retrieve(const Text& task, std::int64_t limit, bool include_tests) const {
+  retrieval::ExplainedRanking explained = ranking().explain(task, limit, include_tests);
   hits_.clear();
-  for (const retrieval::ExplainedHit& hit : retriever_->explain(task, limit, include_tests).hits) {
-    hits_.emplace(hit.symbol_id, hit);
-  }
-  return retriever_->retrieve(task, limit, include_tests);
+  for (const retrieval::ExplainedHit& hit : explained.hits) hits_.emplace(hit.symbol_id, hit);
+  return retrieval::without_reasons(std::move(explained));
 }
 
-const retrieval::ExplainedHit* ExplainedRetriever::reasons(std::optional<std::int64_t> symbol_id) const {
-  const auto found = symbol_id ? hits_.find(*symbol_id) : hits_.end();
-  return found == hits_.end() ? nullptr : &found->second;
-}
-
-void Explanation::add(const Weighed& weighed) {
+void ExplainedView::explain(const Weighed& weighed, std::ostream& out) {
   const auto& [symbol, score, file_path] = weighed.item;
   const std::string outcome =
       weighed.taken ? fmt::format("taken, costs {} of the {} left", weighed.cost, weighed.left)
                     : fmt::format("skipped, costs {} but {} are left", weighed.cost, weighed.left);
   const std::string line = fmt::format("{:2}. {} {}:{}: {}", ++rank_, symbol->fqn().view(),
                                        file_path.value_or("").view(), symbol->start_line(), outcome);
-  *out_ << output::visible(text::replace_surrogates(line)) << '\n';
-  const retrieval::ExplainedHit* const hit = retriever_->reasons(symbol->id());
-  *out_ << "    "
-        << (hit != nullptr ? signals_of(*hit) : fmt::format("matched by name or given, {:.4f}", score))
-        << '\n';
+  const auto hit = symbol->id() ? hits_.find(*symbol->id()) : hits_.end();
+  const std::string reasons =
+      hit != hits_.end() ? signals_of(hit->second) : fmt::format("matched by name or given, {:.4f}", score);
+  out << output::visible(text::replace_surrogates(line)) << "\n    " << reasons << '\n';
 }
 
 }  // namespace tarnwick::cli

@@ -25,6 +25,7 @@ struct Command {
 
 constexpr std::array COMMANDS = {
     Command{"context", "Print the context pack of a task", declare_context},
+    Command{"symbol", "Show one symbol in full: code, references, tests", declare_symbol},
     Command{"index", "Index what is missing or changed", declare_index},
     Command{"status", "Show what the index holds and what was left out", declare_status},
     Command{"mcp", "Serve packs to agents (Model Context Protocol)", declare_mcp},

@@ -2,7 +2,6 @@
 #include <spdlog/fmt/chrono.h>
 #include <spdlog/fmt/fmt.h>
 
-#include <algorithm>
 #include <ctime>
 #include <iostream>
 #include <memory>
@@ -11,15 +10,15 @@
 #include "cli/failure.h"
 #include "cli/indexed_repository.h"
 #include "index/errors.h"
-#include "index/index_file.h"
-#include "index/index_status.h"
+#include "index/read_pool.h"
 #include "output/terminal.h"
+#include "service/status.h"
+#include "service/stored_view.h"
 #include "text/surrogates.h"
 
 namespace tarnwick::cli {
 namespace {
 
-constexpr std::size_t MOST_COMPONENTS = 20;
 constexpr double MEBIBYTE = 1024.0 * 1024.0;
 
 constexpr const char* HELP =
@@ -52,15 +51,13 @@ void print_languages(const std::vector<index::LanguageStatus>& languages) {
   }
 }
 
-void print_components(const std::vector<index::ComponentStatus>& components) {
-  if (components.empty()) return;
+void print_components(const service::StatusReport& report) {
+  if (report.components.empty()) return;
   std::cout << "\nComponents\n";
-  const std::size_t listed = std::min(components.size(), MOST_COMPONENTS);
-  for (std::size_t i = 0; i < listed; ++i) {
-    const auto& [name, path, files] = components[i];
+  for (const auto& [name, path, files] : report.components)
     std::cout << fmt::format("  {} ({}), files: {}\n", shown(name), path.empty() ? "." : shown(path), files);
-  }
-  if (listed < components.size()) std::cout << fmt::format("  and {} more\n", components.size() - listed);
+  const std::size_t more = report.index->components.size() - report.components.size();
+  if (more > 0) std::cout << fmt::format("  and {} more\n", more);
 }
 
 /// Languages of the user's own, and what is wrong with those that are left out.
@@ -74,7 +71,8 @@ void print_own_languages(const languages::OwnLanguages& own) {
   for (const auto& problem : own.problems) std::cout << fmt::format("  left out: {}\n", shown(problem));
 }
 
-void print_status(const Location& location, const index::IndexStatus& status) {
+void print_status(const Location& location, const service::StatusReport& report) {
+  const index::IndexStatus& status = *report.index;
   std::cout << fmt::format("Repository  {}\nIndex       {}\n", shown(location.root.string()),
                            shown(location.index_file.string()));
   std::cout << fmt::format("Size        {:.1f} MiB for {:.1f} MiB of source text\n",
@@ -86,7 +84,7 @@ void print_status(const Location& location, const index::IndexStatus& status) {
                            status.indexed_at ? time_of(*status.indexed_at) : "not completely yet", commit);
   print_languages(status.languages);
   print_own_languages(extractor().own());
-  print_components(status.components);
+  print_components(report);
   if (!status.skipped.empty()) std::cout << "\nLeft out\n";
   for (const auto& [reason, files] : status.skipped) std::cout << fmt::format("  {}: {}\n", reason, files);
 }
@@ -94,9 +92,10 @@ void print_status(const Location& location, const index::IndexStatus& status) {
 void run(const StatusOptions& options) {
   const Location location = locate(options.repository);
   try {
-    const auto connection = index::open_for_reading(location.index_file);
+    const auto connection = index::ReadPool(location.index_file).take();
     if (!options.skipped) {
-      print_status(location, index::index_status(*connection));
+      const service::StoredView view(connection, location.root);
+      print_status(location, service::show_status({}, {view, {}, location.root}));
       return;
     }
     for (const auto& [path, reason] : index::skipped_files(*connection)) {

@@ -3,44 +3,81 @@
 #include <spdlog/spdlog.h>
 
 #include <algorithm>
+#include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "index/errors.h"
-#include "mcp/output_schema.h"
+#include "output/json_schema.h"
+#include "output/messages.h"
+#include "service/names.h"
 #include "text/surrogates.h"
 
 namespace tarnwick::mcp {
 namespace {
 
-constexpr std::string_view DESCRIPTION =
+constexpr std::string_view ABOUT =
     "Finds the code that matters for a task, in milliseconds, from an index that follows the files. Call it "
-    "first for any question about this code base, before searching or reading files.\n"
-    "\n"
-    "action \"task\": give `task` in plain words; names, paths and error texts that you know weigh most. The "
-    "answer is a context pack, one JSON object: `symbols`, best first (qualified name `fqn`, kind, file, "
-    "line, signature, docstring, related symbols, a usage example; code as `snippet` with "
-    "`include_snippets`), `files`, and `tests` that cover the first files. Read the named places next.\n"
-    "action \"symbol\": one symbol in full by its `fqn` from a pack (`file` and `line` choose among "
-    "overloads): "
-    "signature, docstring, body, references, tests.\n"
-    "action \"status\": what is indexed: languages, largest components, files left out.\n"
-    "\n"
-    "Follow `recommendations`: they say how to go on from a thin pack. Heed `notes`: they say what could not "
+    "first for any question about this code base, before searching or reading files.\n\n";
+constexpr std::string_view HOW_TO_GO_ON =
+    "\nFollow `recommendations`: they say how to go on from a thin pack. Read `notes`: they say what could "
+    "not "
     "be done, so that a gap is not taken for absence. With `indexing_in_progress` true the index is being "
     "built (`progress` percent) and code may be missing: ask again later.";
 
+std::string description() {
+  std::string text(ABOUT);
+  for (const api::Action& action : api::actions())
+    text += "action \"" + std::string(action.name) + "\": " + std::string(action.sentence) + "\n";
+  return text.append(HOW_TO_GO_ON);
+}
+
+/// The component's warnings in the log of the server. A call that is over ends its queries with errors, which
+/// are no news.
+class LogSink final : public Logger {
+ public:
+  explicit LogSink(const Call& call) : call_(call) {}
+
+  void warning(std::string_view message, std::string_view argument,
+               const std::exception_ptr& error) override {
+    if (!call_.over()) spdlog::warn("{}", output::warning_text(message, argument, error));
+  }
+
+ private:
+  const Call& call_;
+};
+
+/// What a model can do about a name that is not there.
+std::string advice(const service::UnknownName& error, const Indexing& indexing) {
+  using What = service::UnknownName::What;
+  if (error.what_kind() == What::place) return error.message();
+  std::string text = error.message() + ". ";
+  if (!error.near().empty()) {
+    text += "Near names: " + service::listed(error.near()) + ".";
+  } else if (error.what_kind() == What::symbol) {
+    text += "Take `fqn` from a pack; action \"task\" finds symbols.";
+  } else {
+    text += "Action \"status\" lists the largest components.";
+  }
+  if (indexing.in_progress) {
+    text += " Files are still being indexed (" + std::to_string(indexing.progress) + " %): try again later.";
+  }
+  return text;
+}
+
 std::string names_of(const Sources& sources) {
-  std::string names;
-  for (const auto& source : sources) names += (names.empty() ? "" : ", ") + source->name();
-  return names;
+  std::vector<std::string> names;
+  for (const auto& source : sources) names.push_back(source->name());
+  return service::listed(names);
 }
 
 Json define(const Sources& sources, bool structured) {
-  Json tool = {{"name", "context"}, {"title", "Code context"}, {"description", DESCRIPTION}};
-  tool["inputSchema"] = input_schema();
+  Json tool = {{"name", "context"}, {"title", "Code context"}, {"description", description()}};
+  tool["inputSchema"] = api::input_schema();
   auto& repository = tool["inputSchema"]["properties"]["repository"]["description"];
   repository = repository.get<std::string>() + " Served: " + names_of(sources) + ".";
-  if (structured) tool["outputSchema"] = output_schema();
+  if (structured) tool["outputSchema"] = output::report_schema();
   tool["annotations"] = {{"title", "Code context"},
                          {"readOnlyHint", true},
                          {"destructiveHint", false},
@@ -55,20 +92,6 @@ bool leads_to(const std::string& path, const std::filesystem::path& root) {
   return std::filesystem::canonical(text::to_os(path), error) == root;
 }
 
-/// What `work` over a source answers. When its index turns out to be damaged, it is made anew for later
-/// calls.
-template <class Work>
-Json renewing_damaged(Source& source, const Work& work) {
-  using index::IndexError;
-  try {
-    return work();
-  } catch (const IndexError& error) {
-    if (error.kind() != IndexError::Kind::damaged) throw;
-    source.renew();
-    throw IndexError(error.kind(), std::string(error.what()) + ". It is being made anew: ask again soon.");
-  }
-}
-
 Json text_result(const std::string& text, bool is_error) {
   return {{"content", Json::array({{{"type", "text"}, {"text", text}}})}, {"isError", is_error}};
 }
@@ -81,12 +104,12 @@ ContextTool::ContextTool(const Sources& sources, bool structured)
 Json ContextTool::call(const Input& arguments, const Call& call) const {
   try {
     call.check();
-    Json data = run(read_arguments(arguments), call);
+    Json data = run(api::read_request(arguments), call);
     call.check();
     Json result = text_result(to_line(data), false);
     if (structured_) result["structuredContent"] = std::move(data);
     return result;
-  } catch (const BadArguments& error) {
+  } catch (const api::BadArguments& error) {
     return text_result(error.message(), true);
   } catch (const Cancelled&) {
     throw;
@@ -100,36 +123,51 @@ Json ContextTool::call(const Input& arguments, const Call& call) const {
   }
 }
 
-Json ContextTool::run(const Arguments& arguments, const Call& call) const {
-  if (std::holds_alternative<StatusArguments>(arguments.action)) return show_all(arguments, call);
-  Source& source = this->source(arguments);
-  return renewing_damaged(source, [&] {
-    if (const auto* const symbol = std::get_if<SymbolArguments>(&arguments.action))
-      return show_symbol(source, *symbol, call);
-    return build_pack(source, std::get<TaskArguments>(arguments.action), call);
-  });
-}
-
-Json ContextTool::show_all(const Arguments& arguments, const Call& call) const {
-  const Source* const wanted = arguments.repository ? &source(arguments) : nullptr;
+Json ContextTool::run(const api::Request& request, const Call& call) const {
+  if (!request.of_each) return answer(source(request), request, call);
+  const Call quiet(call.stop_token(), call.deadline());  // the progress of each would not rise
   Json all = Json::array();
-  for (const auto& source : sources_) {
-    if (wanted != nullptr && wanted != source.get()) continue;
-    all.push_back(renewing_damaged(*source, [&] { return show_status(*source, call); }));
+  if (request.repository) {
+    all.push_back(answer(source(request), request, quiet));
+  } else {
+    for (const auto& source : sources_) all.push_back(answer(*source, request, quiet));
   }
   return {{"repositories", std::move(all)}};
 }
 
-Source& ContextTool::source(const Arguments& arguments) const {
-  if (!arguments.repository && sources_.size() == 1) return *sources_.front();
-  if (!arguments.repository) {
-    throw BadArguments("Several repositories are served: name one as \"repository\": " + names_of(sources_));
+Json ContextTool::answer(Source& source, const api::Request& request, const Call& call) {
+  using index::IndexError;
+  constexpr double STEPS = 3;
+  Indexing indexing;
+  try {
+    call.report(0, STEPS, "Looking for changed files");
+    indexing = source.refresh(call);
+    const std::unique_ptr<View> view = source.view(call);
+    call.report(1, STEPS, "Reading the index");
+    LogSink log(call);
+    Json data = request.answer({*view, source.name(), source.root(), indexing, &log});
+    call.report(STEPS, STEPS, "Done");
+    return data;
+  } catch (const service::UnknownName& error) {
+    throw api::BadArguments(advice(error, indexing));
+  } catch (const IndexError& error) {
+    if (error.kind() != IndexError::Kind::damaged) throw;
+    source.renew();
+    throw IndexError(error.kind(), std::string(error.what()) + ". It is being rebuilt: ask again soon.");
+  }
+}
+
+Source& ContextTool::source(const api::Request& request) const {
+  if (!request.repository && sources_.size() == 1) return *sources_.front();
+  if (!request.repository) {
+    throw api::BadArguments("Several repositories are served: name one as \"repository\": " +
+                            names_of(sources_));
   }
   const auto found = std::find_if(sources_.begin(), sources_.end(), [&](const auto& source) {
-    return source->name() == *arguments.repository || leads_to(*arguments.repository, source->root());
+    return source->name() == *request.repository || leads_to(*request.repository, source->root());
   });
   if (found == sources_.end()) {
-    throw BadArguments("Unknown repository: " + *arguments.repository + ". Served: " + names_of(sources_));
+    throw api::BadArguments("Unknown repository: " + *request.repository + ". Served: " + names_of(sources_));
   }
   return **found;
 }

@@ -1,7 +1,7 @@
-// The tool: binds calls to the handlers, and whatever they throw to results.
+// The tool: binds calls to actions, and whatever those throw to results.
 #pragma once
 
-#include "mcp/handlers.h"
+#include "api/actions.h"
 #include "mcp/server.h"
 #include "mcp/source.h"
 
@@ -18,10 +18,10 @@ class ContextTool final : public Tool {
   Json call(const Input& arguments, const Call& call) const override;
 
  private:
-  Json run(const Arguments& arguments, const Call& call) const;
-  Json show_all(const Arguments& arguments, const Call& call) const;
-  /// Throws BadArguments, listing the served repositories.
-  Source& source(const Arguments& arguments) const;
+  Json run(const api::Request& request, const Call& call) const;
+  static Json answer(Source& source, const api::Request& request, const Call& call);
+  /// The one that is asked. Throws BadArguments, listing the served repositories.
+  Source& source(const api::Request& request) const;
 
   const Sources& sources_;
   bool structured_;

@@ -1,17 +1,15 @@
 // The two JSON types of the server.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 
+#include "api/json_fields.h"
+
 namespace tarnwick::mcp {
 
-/// What a client sent. Keys are looked up in logarithmic time, however many a hostile message holds.
-using Input = nlohmann::json;
-
-/// What the server sends: keys stay in the order in which they are written.
-using Json = nlohmann::ordered_json;
+using api::Input;
+using api::Json;
 
 /// One line, without its end. Bytes that are no UTF-8 become U+FFFD.
 std::string to_line(const Json& json);

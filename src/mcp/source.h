@@ -1,47 +1,18 @@
 // The repositories that are served.
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "index/index_status.h"
 #include "mcp/call.h"
-#include "tarnwick/storage/repository.h"
-#include "tarnwick/workers/retrieval.h"
+#include "service/view.h"
 
 namespace tarnwick::mcp {
 
-/// One state of a repository's index, of one request.
-class View {
- public:
-  View() = default;
-  View(const View&) = delete;
-  View& operator=(const View&) = delete;
-  virtual ~View() = default;
-
-  virtual const Repository& repository() const = 0;
-  /// Null: symbols are found by name alone.
-  virtual const HybridRetriever* retriever() const = 0;
-  /// All symbols of that qualified name.
-  virtual std::vector<SymbolPtr> symbols_by_fqn(const Text& fqn) const = 0;
-  /// Names and paths of components that resemble `name`, best first.
-  virtual std::vector<std::string> components_near(std::string_view name) const = 0;
-  /// Nothing before there is an index.
-  virtual std::optional<index::IndexStatus> status() const = 0;
-};
-
-/// How far the index of a repository is. Taken before a view of it, which then never holds less.
-struct Indexing {
-  bool in_progress = false;
-  std::int64_t progress = 100;         ///< percent; less than 100 while in progress
-  bool whole = true;                   ///< there was a whole index at some time
-  std::optional<std::string> failure;  ///< why the index could not be brought up to date
-};
+using service::Indexing;
+using service::View;
 
 /// A repository that is served. Safe to share between threads.
 class Source {
@@ -60,7 +31,7 @@ class Source {
   virtual Indexing refresh(const Call& call) = 0;
   /// The index as it is. Its queries end early, with an error, once `call` is over. Never null.
   virtual std::unique_ptr<View> view(const Call& call) = 0;
-  /// Makes the index anew in the background, after a query has found it damaged.
+  /// Rebuilds the index in the background, after a query has found it damaged.
   virtual void renew() = 0;
 };
 

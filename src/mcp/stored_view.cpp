@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "index/errors.h"
-#include "repository/stored_repository.h"
-#include "retrieval/index_retriever.h"
+#include "mcp/confined_repository.h"
+#include "service/stored_view.h"
 
 namespace tarnwick::mcp {
 namespace {
@@ -19,31 +19,21 @@ int is_over(void* call) {
   return static_cast<const Call*>(call)->over() ? 1 : 0;
 }
 
-class StoredView final : public View {
+/// Leads nowhere outside of the repository, and stops with its call.
+class ServedView final : public service::StoredView {
  public:
-  StoredView(std::shared_ptr<index::Connection> connection, const std::filesystem::path& root,
+  ServedView(const std::shared_ptr<index::Connection>& connection, const std::filesystem::path& root,
              const Call& call)
-      : repository_(std::move(connection), root), retriever_(repository_) {
+      : StoredView(connection, root), confined_(StoredView::repository(), root) {
     // The handler only reads; the interface takes a pointer without const.
-    sqlite3_progress_handler(repository_.connection().database().getHandle(), STEPS_BETWEEN_LOOKS, is_over,
+    sqlite3_progress_handler(connection->database().getHandle(), STEPS_BETWEEN_LOOKS, is_over,
                              const_cast<Call*>(&call));  // NOLINT(cppcoreguidelines-pro-type-const-cast)
   }
 
-  const Repository& repository() const override { return repository_; }
-  const HybridRetriever* retriever() const override { return &retriever_; }
-  std::vector<SymbolPtr> symbols_by_fqn(const Text& fqn) const override {
-    return repository_.symbols_by_fqn(fqn);
-  }
-  std::vector<std::string> components_near(std::string_view name) const override {
-    return repository_.components_near(name);
-  }
-  std::optional<index::IndexStatus> status() const override {
-    return index::index_status(repository_.connection());
-  }
+  const Repository& repository() const override { return confined_; }
 
  private:
-  repository::StoredRepository repository_;
-  retrieval::IndexRetriever retriever_;
+  ConfinedRepository confined_;
 };
 
 class NoPaths final : public PathMap {
@@ -111,7 +101,7 @@ class EmptyView final : public View {
 
 std::unique_ptr<View> open_view(index::ReadPool& pool, const std::filesystem::path& root, const Call& call) {
   try {
-    return std::make_unique<StoredView>(pool.take(), root, call);
+    return std::make_unique<ServedView>(pool.take(), root, call);
   } catch (const index::IndexError& error) {
     if (error.kind() != index::IndexError::Kind::missing) throw;
     return std::make_unique<EmptyView>();

@@ -81,9 +81,9 @@ class MarkdownPage final : public Page {
 
 }  // namespace
 
-void print_markdown(const ContextPack& pack, std::ostream& out) {
+void print_markdown(const Report& report, std::ostream& out, bool /*colour*/) {
   MarkdownPage page(out);
-  show(pack, page);
+  show(report, page);
 }
 
 }  // namespace tarnwick::output

@@ -3,7 +3,9 @@
 #include <spdlog/fmt/fmt.h>
 
 #include "output/terminal.h"
+#include "resolution/reference_list.h"
 #include "text/surrogates.h"
+#include "text/white_space.h"
 
 namespace tarnwick::output {
 namespace {
@@ -25,7 +27,7 @@ std::vector<std::string> lines(const std::vector<Item>& items, Line line) {
   return result;
 }
 
-std::string describe(const Parameter& parameter) {
+std::string described_parameter(const Parameter& parameter) {
   const std::string type = parameter.type ? fmt::format(" ({})", *parameter.type) : "";
   return readable(fmt::format("{}{}: {}", parameter.name, type, parameter.description));
 }
@@ -36,42 +38,26 @@ std::string_view extension(std::string_view file) {
   return dot == std::string_view::npos || dot < name ? std::string_view() : file.substr(dot + 1);
 }
 
-/// Hands each part of an entry to a page.
-class EntryVisitor {
- public:
-  EntryVisitor(Page& page, std::string_view language) : page_(page), language_(language) {}
+std::string described(const RelatedSymbol& symbol) {
+  return named(fmt::format("{} {}", symbol.kind.view(), symbol.fqn.view()));
+}
 
-  void operator()(std::string_view key, const OptionalText& text) {
-    if (!has_text(text)) return;
-    if (key == "signature") page_.code(readable(*text), language_);
-    if (key == "docstring") docstring_ = readable(*text);
-  }
-  void operator()(std::string_view key, bool set) {
-    if (key == "docstring_truncated" && !docstring_.empty()) page_.prose(docstring_ + (set ? " …" : ""));
-    if (key == "has_tests" && set) page_.detail("Has tests", {});
-  }
-  void operator()(std::string_view key, const Text& text) {
-    if (key == "usage_example") page_.detail("Usage", {readable(text)});
-  }
-  void operator()(std::string_view /*key*/, const std::vector<Parameter>& parameters) {
-    page_.detail("Parameters", lines(parameters, describe));
-  }
-  void operator()(std::string_view /*key*/, const std::vector<RelatedSymbol>& related) {
-    const auto symbols = lines(related, [](const RelatedSymbol& symbol) {
-      return named(fmt::format("{} {}", symbol.kind.view(), symbol.fqn.view()));
-    });
-    page_.detail("Related", {fmt::format("{}", fmt::join(symbols, ", "))});
-  }
-  void operator()(std::string_view /*key*/, const std::string& snippet) {
-    page_.code(readable(snippet), language_);
-  }
-  void operator()(std::string_view /*key*/, std::int64_t /*line*/) {}  // part of the heading
-
- private:
-  Page& page_;
-  std::string_view language_;
-  std::string docstring_;
-};
+void show_entry(const Entry& entry, std::size_t number, Page& page) {
+  const Symbol& symbol = *entry.symbol;
+  page.entry(number, named(symbol.kind()), named(symbol.fqn()),
+             fmt::format("{}:{}", named(entry.file), symbol.start_line()));
+  const std::string_view language = extension(entry.file);
+  if (const OptionalText signature = symbol.signature(); has_text(signature))
+    page.code(readable(*signature), language);
+  if (const OptionalText docstring = symbol.docstring(); has_text(docstring))
+    page.prose(readable(*docstring) + (symbol.docstring_truncated() ? " …" : ""));
+  if (!entry.parameters.empty()) page.detail("Parameters", lines(entry.parameters, described_parameter));
+  if (!entry.related.empty())
+    page.detail("Related", {fmt::format("{}", fmt::join(lines(entry.related, described), ", "))});
+  if (!entry.usage_example.empty()) page.detail("Usage", {readable(entry.usage_example)});
+  if (entry.has_tests) page.detail("Has tests", {});
+  if (!entry.snippet.empty()) page.code(readable(entry.snippet), language);
+}
 
 std::string count(std::size_t number, std::string_view noun) {
   return fmt::format("{} {}{}", number, noun, number == 1 ? "" : "s");
@@ -85,24 +71,56 @@ std::string summary(const ContextPack& pack) {
   return line;
 }
 
+std::string path_line(const Text& path) {
+  return named(path);
+}
+std::string sentence(const Text& text) {
+  return readable(text);
+}
+std::string test_line(const TestRow& row) {
+  return named(fmt::format("{} (for {})", row.file.view(), row.source.view()));
+}
+
+void show_report(const ContextPack* pack, Page& page) {
+  std::size_t number = 0;
+  for (const Entry& entry : pack->symbols) show_entry(entry, ++number, page);
+  page.section("Files", lines(pack->files, path_line));
+  page.section("Tests", lines(pack->tests, test_line));
+  page.section("Recommendations", lines(pack->recommendations, sentence));
+  page.section("Notes", lines(pack->notes, sentence));
+  page.closing(summary(*pack));
+}
+
+std::string reference_line(const ReferencePtr& reference) {
+  std::string line = readable(reference->usage_type());
+  if (const auto caller = reference->caller_symbol(); caller && has_text(caller->fqn))
+    line += " in " + named(*caller->fqn);
+  const auto* const placed = dynamic_cast<const resolution::PlacedReference*>(reference.get());
+  if (const OptionalText path = placed == nullptr ? std::nullopt : placed->path())
+    line += fmt::format("  {}:{}", named(*path), placed->line());
+  if (const OptionalText context = reference->context()) line += "\n  " + readable(text::trim(*context));
+  return line;
+}
+
+std::string other_line(const service::Namesake& other) {
+  return named(fmt::format("{} {}:{}", other.kind.view(), other.path, other.line));
+}
+
+void show_report(const service::SymbolReport* report, Page& page) {
+  const Entry& entry = report->pack.symbols.at(0);
+  show_entry(entry, 1, page);
+  page.code(readable(report->body) + (report->body_cut ? "\n…" : ""), extension(entry.file));
+  page.section("References", lines(report->references.references, reference_line));
+  page.section("Tests", lines(report->pack.tests, test_line));
+  page.section("Others of that name", lines(report->others, other_line));
+  page.section("Notes", lines(report->pack.notes, sentence));
+  page.closing(count(static_cast<std::size_t>(report->references.total), "reference"));
+}
+
 }  // namespace
 
-void show(const ContextPack& pack, Page& page) {
-  const auto path = [](const Text& text) { return named(text); };
-  const auto sentence = [](const Text& text) { return readable(text); };
-  std::size_t number = 0;
-  for (const Entry& entry : pack.symbols) {
-    const std::string place = fmt::format("{}:{}", named(entry.file), entry.symbol->start_line());
-    page.entry(++number, named(entry.symbol->kind()), named(entry.symbol->fqn()), place);
-    entry.visit(EntryVisitor(page, extension(entry.file)));
-  }
-  page.section("Files", lines(pack.files, path));
-  page.section("Tests", lines(pack.tests, [](const TestRow& row) {
-                 return named(fmt::format("{} (for {})", row.file.view(), row.source.view()));
-               }));
-  page.section("Recommendations", lines(pack.recommendations, sentence));
-  page.section("Notes", lines(pack.notes, sentence));
-  page.closing(summary(pack));
+void show(const Report& report, Page& page) {
+  std::visit([&](const auto* held) { show_report(held, page); }, report);
 }
 
 }  // namespace tarnwick::output

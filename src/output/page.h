@@ -1,4 +1,4 @@
-// A pack as a person reads it.
+// A report as a person reads it.
 #pragma once
 
 #include <cstddef>
@@ -7,11 +7,11 @@
 #include <string_view>
 #include <vector>
 
-#include "tarnwick/workers/context_pack.h"
+#include "output/formats.h"
 
 namespace tarnwick::output {
 
-/// The parts that a pack is shown as; a format for people writes each in its own way. Texts are valid UTF-8
+/// The parts that a report is shown as; a format for people writes each in its own way. Texts are valid UTF-8
 /// without control characters but line feed and tab.
 class Page {
  public:
@@ -27,12 +27,12 @@ class Page {
   virtual void prose(std::string_view text) = 0;
   /// What belongs to the entry: parameters, related symbols, usage.
   virtual void detail(std::string_view label, const std::vector<std::string>& items) = 0;
-  /// What belongs to the whole pack: files, tests, recommendations, notes.
+  /// What belongs to the whole report: files, tests, recommendations, notes.
   virtual void section(std::string_view title, const std::vector<std::string>& items) = 0;
   virtual void closing(std::string_view line) = 0;
 };
 
-/// Shows `pack` on `page`: everything that the serialised pack holds, in the same order.
-void show(const ContextPack& pack, Page& page);
+/// Shows `report` on `page`: everything that the serialised report holds, in the same order.
+void show(const Report& report, Page& page);
 
 }  // namespace tarnwick::output

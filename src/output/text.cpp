@@ -63,9 +63,9 @@ class TextPage final : public Page {
 
 }  // namespace
 
-void print_text(const ContextPack& pack, std::ostream& out, bool colour) {
+void print_text(const Report& report, std::ostream& out, bool colour) {
   TextPage page(out, colour);
-  show(pack, page);
+  show(report, page);
 }
 
 }  // namespace tarnwick::output

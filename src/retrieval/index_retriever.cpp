@@ -252,7 +252,10 @@ ExplainedRanking IndexRetriever::explain(std::string_view task, std::int64_t lim
 }
 
 RetrievalResult IndexRetriever::retrieve(const Text& task, std::int64_t limit, bool include_tests) const {
-  ExplainedRanking ranking = explain(task, limit, include_tests);
+  return without_reasons(explain(task, limit, include_tests));
+}
+
+RetrievalResult without_reasons(ExplainedRanking ranking) {
   RetrievalResult result;
   for (ExplainedHit& hit : ranking.hits) result.hits.push_back(std::make_shared<RankedHit>(std::move(hit)));
   if (ranking.note) result.note = Text(std::move(*ranking.note));

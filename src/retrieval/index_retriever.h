@@ -25,6 +25,9 @@ struct ExplainedRanking {
   std::optional<std::string> note;  ///< what could not be asked
 };
 
+/// The ranking as a retriever answers it.
+RetrievalResult without_reasons(ExplainedRanking ranking);
+
 /// Ranks the symbols of source files by signals from text, names, calls and history (signals.h).
 ///
 /// Deterministic for one state of the index. A search table or history that cannot be asked costs its signals
@@ -36,7 +39,7 @@ class IndexRetriever final : public HybridRetriever {
 
   RetrievalResult retrieve(const Text& task, std::int64_t limit, bool include_tests) const override;
 
-  /// The same ranking with its reasons, for `--explain`.
+  /// The same ranking with its reasons.
   ExplainedRanking explain(std::string_view task, std::int64_t limit, bool include_tests) const;
 
  private:

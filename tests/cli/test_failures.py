@@ -40,7 +40,7 @@ def test_wrong_command_lines(indexed_shop, arguments, culprit):
     assert culprit in done.stderr.decode().splitlines()[0]
 
 
-@pytest.mark.parametrize("command", [(), ("context",), ("index",), ("status",)])
+@pytest.mark.parametrize("command", [(), ("context",), ("symbol",), ("index",), ("status",)])
 def test_help_teaches(indexed_shop, command):
     done = indexed_shop.run(*command, "--help")
     assert done.returncode == 0 and done.stderr == b""

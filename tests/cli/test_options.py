@@ -131,6 +131,20 @@ def test_markdown(indexed_shop):
     assert "class `shop.cart.Cart`" in shown and "`shop/cart.py:4`" in shown
 
 
+def test_a_symbol_is_shown_in_full(indexed_shop):
+    def show(*arguments):
+        return indexed_shop.run("symbol", *arguments, "shop.cart.checkout_cart").stdout.decode()
+
+    shown = json.loads(show("--format", "json"))
+    assert "return 0" in shown["body"] and shown["tests"] == ["tests/test_cart.py"]
+    assert {"shop/prices.py"} <= {reference["file"] for reference in shown["references"]}
+    for form in ("text", "markdown"):
+        for part in ("return 0", "tests/test_cart.py", "shop.prices.total_price", "shop/prices.py:6"):
+            assert part in show("--format", form), (form, part)
+    elsewhere = indexed_shop.run("symbol", "--file", "web/x.ts", "shop.cart.checkout_cart")
+    assert elsewhere.returncode == 1 and b"not there, but at: shop/cart.py:17\n" in elsewhere.stderr
+
+
 def test_status_counts_what_is_indexed_and_what_is_not(shop):
     (shop.root / "blob.py").write_bytes(b"\0\1\2" * 100)
     (shop.root / "caf\udce9.py").write_text("def odd_name(): pass\n")

@@ -41,19 +41,19 @@ ContextPack full_pack() {
 
 std::string json(ContextPack pack) {
   std::ostringstream out;
-  print_json(pack, out);
+  print_json(&pack, out);
   return out.str();
 }
 
-std::string markdown(const ContextPack& pack) {
+std::string markdown(ContextPack pack) {
   std::ostringstream out;
-  print_markdown(pack, out);
+  print_markdown(&pack, out);
   return out.str();
 }
 
-std::string text(const ContextPack& pack, bool colour = false) {
+std::string text(ContextPack pack, bool colour = false) {
   std::ostringstream out;
-  print_text(pack, out, colour);
+  print_text(&pack, out, colour);
   return out.str();
 }
 

@@ -75,8 +75,8 @@ test('bad arguments come back as results that help', async (t) => {
   await indexed(client);
   const cases = [
     [{ action: 'task' }, /"task" is missing/],
-    [{ action: 'task', task: 'x', component_filter: 'shap' }, /Unknown component: shap.*shop/],
-    [{ action: 'task', task: 'x', seed_symbols: ['a.b.checkout_cart'] }, /Unknown symbol: .*Near names: .*checkout_cart/],
+    [{ action: 'task', task: 'x', component: 'shap' }, /Unknown component: shap.*shop/],
+    [{ action: 'task', task: 'x', seed: ['a.b.checkout_cart'] }, /Unknown symbol: .*Near names: .*checkout_cart/],
     [{ action: 'symbol', fqn: 'nothing_like_it' }, /Unknown symbol: nothing_like_it\. Take/],
     [{ action: 'status', repository: '/etc' }, /Unknown repository: \/etc\. Served: shop/],
   ];
@@ -85,8 +85,8 @@ test('bad arguments come back as results that help', async (t) => {
     assert.equal(result.isError, true, JSON.stringify(args));
     assert.match(result.content[0].text, text);
   }
-  const pack = data(await client.callTool(call({ action: 'task', task: 'cart', deep_fqns: ['no.where'] })));
-  assert.deepEqual(pack.notes, ['deep_fqns: unknown symbol no.where']);
+  const pack = data(await client.callTool(call({ action: 'task', task: 'cart', deep: ['no.where'] })));
+  assert.deepEqual(pack.notes, ['deep: unknown symbol no.where']);
 });
 
 test('arguments of a task reach the pack', async (t) => {
@@ -95,15 +95,15 @@ test('arguments of a task reach the pack', async (t) => {
   const client = await connect(place, place.server(['shop']));
   await indexed(client);
   const task = async (more) => data(await client.callTool(call({ action: 'task', task: 'cart', ...more })));
-  const [all, classes] = [await task(), await task({ prefer_kinds: ['class'], include_snippets: true, token_budget: 4000 })];
+  const [all, classes] = [await task(), await task({ prefer: ['class'], snippets: true, budget: 4000 })];
   assert.ok(all.symbols.every((symbol) => !symbol.snippet));
   assert.equal(classes.symbols[0].kind, 'class');
   assert.match(classes.symbols[0].snippet, /class Cart/);
   const fqn = names(all).find((name) => name.endsWith('add_item'));
-  const [deep] = (await task({ seed_symbols: [fqn], deep_fqns: [fqn] })).symbols;
+  const [deep] = (await task({ seed: [fqn], deep: [fqn] })).symbols;
   assert.equal(deep.fqn, fqn);
-  assert.match(deep.snippet, /self\.items/, 'a body that is asked for needs no include_snippets');
-  assert.ok(names(await task({ component_filter: 'shop', wide_match: true })).length > 0);
+  assert.match(deep.snippet, /self\.items/, 'a body that is asked for needs no snippets');
+  assert.ok(names(await task({ component: 'shop', wide: true })).length > 0);
 });
 
 test('an overload is chosen by its place', async (t) => {
@@ -129,7 +129,7 @@ test('structured content is the same as the text and fits its schema', async (t)
     const { tools: [tool] } = await client.listTools();
     assert.equal(tool.outputSchema.type, 'object');
     await indexed(client);
-    const task = { action: 'task', task: 'checkout_cart of a Cart', include_snippets: true, token_budget: 8000 };
+    const task = { action: 'task', task: 'checkout_cart of a Cart', snippets: true, budget: 8000 };
     const pack = await client.callTool(call(task));
     const symbol = { action: 'symbol', fqn: names(data(pack))[0] };
     for (const result of [pack, await client.callTool(call(symbol)), await client.callTool(call({ action: 'status' }))]) {

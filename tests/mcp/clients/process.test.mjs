@@ -72,7 +72,7 @@ test('nothing outside of the repository is read', async (t) => {
   place.write('outside/secret.py', 'class Cart:\n    SECRET_VALUE = 1\n');
   symlinkSync(place.path('outside'), place.path('shop/linked'));
   const client = await start(place);
-  const task = { action: 'task', task: 'SECRET_VALUE Cart', include_snippets: true, token_budget: 8000 };
+  const task = { action: 'task', task: 'SECRET_VALUE Cart', snippets: true, budget: 8000 };
   assert.doesNotMatch(JSON.stringify(await client.callTool(call(task))), /SECRET_VALUE =/);
   renameSync(place.path('shop/shop'), place.path('aside'));
   symlinkSync(place.path('outside'), place.path('shop/shop'));
