@@ -1,7 +1,6 @@
 // One file of a repository as the index stores it.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include "facts/facts.h"
+#include "index/ids.h"
 #include "index/search_rows.h"
 
 namespace tarnwick::index {
@@ -58,8 +58,6 @@ struct UseRow {
   std::optional<std::size_t> enclosing;
 };
 
-/// What `uses.type` stands for. The positions are in index files: frozen.
-inline constexpr std::array<std::string_view, 5> USE_TYPES = {"use", "call", "import", "type", "inherit"};
 inline constexpr std::int64_t CALL = 1;
 inline constexpr std::int64_t IMPORT = 2;
 

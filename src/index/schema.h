@@ -31,6 +31,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "index/ids.h"
+
 namespace tarnwick::index {
 
 /// Counts up with every change of tables, of what is put in them, or of extraction: an older index is
@@ -39,21 +41,6 @@ inline constexpr int SCHEMA_VERSION = 8;
 
 /// "tarn" in the header of the file; frozen.
 inline constexpr int APPLICATION_ID = 0x7461726E;
-
-/// A file's symbols and uses are numbered within it, from 1, in the low bits of their ids. Few bits keep the
-/// rows of the search tables small. Queries spell the number out.
-inline constexpr int POSITION_BITS = 16;
-
-constexpr std::int64_t symbol_id(std::int64_t file_id, std::int64_t position) {
-  return (file_id << POSITION_BITS) | position;
-}
-constexpr std::int64_t file_of(std::int64_t symbol_id) {
-  return symbol_id >> POSITION_BITS;
-}
-
-constexpr std::int64_t position_of(std::int64_t symbol_id) {
-  return symbol_id & ((std::int64_t{1} << POSITION_BITS) - 1);
-}
 
 /// Stands for a text where it is looked up by: a tenth of the room that an index over texts would take.
 /// Other texts may share it.
