@@ -26,7 +26,7 @@
 
 #include "extraction/source_extractor.h"
 #include "files/source_text.h"
-#include "index/index_file.h"
+#include "index/index.h"
 #include "indexing/indexer.h"
 #include "languages/languages.h"
 
@@ -80,20 +80,20 @@ Cost cost_of(const Work& work) {
 
 void update(const Copy& copy) {
   static const extraction::SourceExtractor EXTRACTOR;
-  indexing::update_index({.root = copy.root(), .index_file = copy.index_file(), .extractor = &EXTRACTOR});
+  index::Index index(copy.index_file());
+  indexing::update_index({.root = copy.root(), .index = &index, .extractor = &EXTRACTOR});
 }
 
-/// The files that the index holds, by their ids.
+/// The files that the index holds, by path.
 std::vector<SourceFile> indexed_files(const Copy& copy) {
-  const auto connection = index::open_for_reading(copy.index_file());
-  SQLite::Statement& query =
-      connection->prepare("SELECT path, language, size FROM files WHERE skip IS NULL ORDER BY id");
+  const auto snapshot = index::Index(copy.index_file()).snapshot();
   std::vector<SourceFile> files;
-  while (query.executeStep()) {
-    files.push_back({files::source_path(copy.root(), query.getColumn(0).getString()),
-                     languages::language_named(query.getColumn(1).getString()),
-                     query.getColumn(2).getInt64()});
+  for (const auto& [id, file] : snapshot->files().all()) {
+    const fs::path path = files::source_path(copy.root(), file.path);
+    files.push_back(
+        {path, languages::language_named(file.language), static_cast<std::int64_t>(fs::file_size(path))});
   }
+  std::ranges::sort(files, {}, &SourceFile::path);
   return files;
 }
 

@@ -140,9 +140,9 @@ Text task_of(const ContextOptions& options) {
 }
 
 ContextPack build(const ContextOptions& options, const Location& location) {
-  const repository::StoredRepository repository(location.index_file, location.root);
+  const repository::StoredRepository repository = location.store->open();
   const retrieval::QueryTokenizer tokenizer;
-  const retrieval::IndexRetriever retriever(repository);
+  const retrieval::IndexRetriever retriever(repository.resolver());
   const ExplainedRetriever explained(retriever);
   const HybridRetriever& asked = options.explain ? static_cast<const HybridRetriever&>(explained) : retriever;
   output::MessageLogger logger;

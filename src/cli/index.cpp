@@ -27,9 +27,9 @@ struct IndexOptions {
   bool full = false;
 };
 
-std::string summary(const indexing::IndexReport& report, double seconds) {
+std::string summary(const indexing::IndexReport& report, const std::filesystem::path& file, double seconds) {
   return fmt::format("{} files: {} added, {} changed, {} removed in {:.1f} s\n{}", report.files, report.added,
-                     report.changed, report.removed, seconds, report.index_file.string());
+                     report.changed, report.removed, seconds, file.string());
 }
 
 void run(const IndexOptions& options) {
@@ -38,7 +38,7 @@ void run(const IndexOptions& options) {
   const indexing::IndexReport report = update(location, options.repository, {.full = options.full});
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
   over_sound_index(location, options.repository, [&] { require_indexed_files(location); });
-  std::cout << summary(report, took.count()) << '\n';
+  std::cout << summary(report, location.index().file(), took.count()) << '\n';
 }
 
 }  // namespace

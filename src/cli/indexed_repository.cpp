@@ -9,8 +9,6 @@
 #include "cli/interrupts.h"
 #include "extraction/source_extractor.h"
 #include "index/errors.h"
-#include "index/index_file.h"
-#include "index/index_status.h"
 #include "indexing/history_store.h"
 #include "output/terminal.h"
 
@@ -98,12 +96,13 @@ void add_ignored_option(CLI::App& command, RepositoryOptions& options) {
 Location locate(const RepositoryOptions& options) {
   Location location;
   location.root = options.repo.empty() ? unnamed_repository() : directory(options.repo);
-  location.index_file =
+  const fs::path file =
       options.index.empty() ? index::default_index_file(location.root) : fs::absolute(options.index);
   // What lies in the cache folder was an index, whatever became of it; a file of the user's own is no damaged
   // index to be set aside.
-  if (!options.index.empty() && !index::may_hold_index(location.index_file))
+  if (!options.index.empty() && !index::may_hold_index(file))
     throw Failure(options.index + ": not an index; it is left alone");
+  location.store = std::make_shared<repository::Store>(file, location.root);
   return location;
 }
 
@@ -119,7 +118,7 @@ indexing::IndexReport update(const Location& location, const RepositoryOptions& 
   const InterruptGuard interrupts;
   ShownProgress progress;
   indexing::IndexReport report = indexing::update_index({.root = location.root,
-                                                         .index_file = location.index_file,
+                                                         .index = &location.index(),
                                                          .include_ignored = options.ignored,
                                                          .full = limits.full,
                                                          .stop = interrupts.token(),
@@ -127,7 +126,7 @@ indexing::IndexReport update(const Location& location, const RepositoryOptions& 
                                                         &progress);
   if (interrupts.signal() == 0) {
     indexing::update_history({.root = location.root,
-                              .index_file = location.index_file,
+                              .index = &location.index(),
                               .patience = patience(limits, interrupts.token())});
   }
   if (interrupts.signal() != 0) throw Interrupted(interrupts.signal());
@@ -135,10 +134,10 @@ indexing::IndexReport update(const Location& location, const RepositoryOptions& 
 }
 
 void require_indexed_files(const Location& location) {
-  const auto connection = index::open_for_reading(location.index_file);
-  if (index::has_files(*connection)) return;
+  const auto snapshot = location.index().snapshot();
+  if (snapshot->has_files()) return;
   std::vector<std::string> help;
-  for (const auto& [reason, files] : index::skip_counts(*connection))
+  for (const auto& [reason, files] : snapshot->skip_counts())
     help.push_back(fmt::format("Left out: {} ({})", files, reason));
   throw Failure(location.root.string() + ": nothing to index", help);
 }
@@ -149,11 +148,7 @@ void over_sound_index(const Location& location, const RepositoryOptions& options
     work();
   } catch (const index::IndexError& error) {
     if (error.kind() != index::IndexError::Kind::damaged) throw;
-    {
-      const index::WriterLock lock(location.index_file, {});
-      const fs::path kept = index::set_aside(location.index_file);
-      spdlog::warn("{}; kept as {}, indexing anew", error.what(), kept.string());
-    }
+    location.index().report_damage(error);
     update(location, options, {});
     work();
   }

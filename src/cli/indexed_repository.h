@@ -5,11 +5,13 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "extraction/source_extractor.h"
 #include "indexing/indexer.h"
+#include "repository/store.h"
 
 namespace tarnwick::cli {
 
@@ -30,7 +32,9 @@ void add_ignored_option(CLI::App& command, RepositoryOptions& options);
 /// Where the repository and its index lie.
 struct Location {
   std::filesystem::path root;
-  std::filesystem::path index_file;
+  std::shared_ptr<repository::Store> store;
+
+  index::Index& index() const { return store->index(); }
 };
 
 /// Finds them. Throws Failure for a directory that is none, and for the root directory and the home directory
@@ -41,7 +45,7 @@ Location locate(const RepositoryOptions& options);
 const extraction::SourceExtractor& extractor();
 
 struct UpdateLimits {
-  bool full = false;  ///< read every file anew
+  bool full = false;  ///< read every file again
   /// How long past commits may be read; what is left is read by a later call. Absent: to the end.
   std::optional<std::chrono::milliseconds> history = std::nullopt;
 };
@@ -54,8 +58,7 @@ indexing::IndexReport update(const Location& location, const RepositoryOptions& 
 /// Throws Failure when the index holds no file at all.
 void require_indexed_files(const Location& location);
 
-/// Runs `work` over the index; when that turns out to be damaged, sets it aside, indexes anew and runs `work`
-/// once more.
+/// Runs `work` over the index; when that turns out to be damaged, rebuilds it and runs `work` once more.
 void over_sound_index(const Location& location, const RepositoryOptions& options,
                       const std::function<void()>& work);
 

@@ -70,11 +70,10 @@ mcp::Sources sources_of(const McpOptions& options) {
   for (const Location& location : locations) {
     indexing::IndexOptions update;
     update.root = location.root;
-    update.index_file = location.index_file;
     update.include_ignored = options.ignored;
     update.extractor = &extractor();
-    sources.push_back(std::make_unique<mcp::StoredSource>(name_of(location.root, locations),
-                                                          std::move(update), !options.unwatched));
+    sources.push_back(std::make_unique<mcp::StoredSource>(
+        name_of(location.root, locations), location.index().file(), std::move(update), !options.unwatched));
   }
   return sources;
 }

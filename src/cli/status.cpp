@@ -11,8 +11,6 @@
 #include "cli/failure.h"
 #include "cli/indexed_repository.h"
 #include "index/errors.h"
-#include "index/index_file.h"
-#include "index/index_status.h"
 #include "output/terminal.h"
 #include "text/surrogates.h"
 
@@ -76,7 +74,7 @@ void print_own_languages(const languages::OwnLanguages& own) {
 
 void print_status(const Location& location, const index::IndexStatus& status) {
   std::cout << fmt::format("Repository  {}\nIndex       {}\n", shown(location.root.string()),
-                           shown(location.index_file.string()));
+                           shown(location.index().file().string()));
   std::cout << fmt::format("Size        {:.1f} MiB for {:.1f} MiB of source text\n",
                            static_cast<double>(status.index_bytes) / MEBIBYTE,
                            static_cast<double>(status.source_bytes) / MEBIBYTE);
@@ -94,12 +92,12 @@ void print_status(const Location& location, const index::IndexStatus& status) {
 void run(const StatusOptions& options) {
   const Location location = locate(options.repository);
   try {
-    const auto connection = index::open_for_reading(location.index_file);
+    const auto snapshot = location.index().snapshot();
     if (!options.skipped) {
-      print_status(location, index::index_status(*connection));
+      print_status(location, snapshot->status());
       return;
     }
-    for (const auto& [path, reason] : index::skipped_files(*connection)) {
+    for (const auto& [path, reason] : snapshot->skipped_files()) {
       std::cout << fmt::format("{}: {}\n", shown(path), reason);
     }
   } catch (const index::IndexError& error) {

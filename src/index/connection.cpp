@@ -6,12 +6,15 @@
 #include <cstdio>
 
 #include "index/errors.h"
-#include "index/schema.h"
+#include "index/packed.h"
 
 namespace tarnwick::index {
 namespace {
 
 constexpr int BUSY_TIMEOUT_MS = 30'000;
+
+/// How many steps of the database's machine pass between two looks; some tens of microseconds.
+constexpr int STEPS_BETWEEN_LOOKS = 10'000;
 
 IndexError::Kind kind_of(int code) {
   switch (code & 0xFF) {
@@ -29,18 +32,17 @@ IndexError::Kind kind_of(int code) {
   }
 }
 
-std::string message_of(const std::filesystem::path& file, IndexError::Kind kind,
-                       const SQLite::Exception& error) {
+std::string message_of(const std::filesystem::path& file, IndexError::Kind kind, const char* reason) {
   const std::string name = "the index file " + file.string();
   switch (kind) {
     case IndexError::Kind::damaged:
-      return name + " is damaged: " + error.what();
+      return name + " is damaged: " + reason;
     case IndexError::Kind::full:
       return "no space is left for " + name;
     case IndexError::Kind::unwritable:
-      return "cannot open or write " + name + ": " + error.what();
+      return "cannot open or write " + name + ": " + reason;
     default:
-      return name + ": " + error.what();
+      return name + ": " + reason;
   }
 }
 
@@ -51,8 +53,8 @@ SQLite::Database open(const std::filesystem::path& file, Connection::Mode mode) 
       mode == Connection::Mode::write ? SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE : SQLite::OPEN_READONLY;
   try {
     return {file, flags | SQLITE_OPEN_NOMUTEX, BUSY_TIMEOUT_MS};
-  } catch (const SQLite::Exception& error) {
-    Connection::rethrow(file, error);
+  } catch (...) {
+    rethrow_as_index_error(file);
   }
 }
 
@@ -75,68 +77,88 @@ void append_quoted(std::string& out, std::string_view text) {
 
 }  // namespace
 
+void rethrow_as_index_error(const std::filesystem::path& file) {
+  try {
+    throw;
+  } catch (const SQLite::Exception& error) {
+    const IndexError::Kind kind = kind_of(error.getErrorCode());
+    throw IndexError(kind, message_of(file, kind, error.what()));
+  } catch (const DamagedValue& error) {
+    throw IndexError(IndexError::Kind::damaged, message_of(file, IndexError::Kind::damaged, error.what()));
+  }
+}
+
 Connection::Connection(const std::filesystem::path& file, Mode mode)
     : file_(file), database_(open(file, mode)) {
-  guard([&] { database_.exec("PRAGMA temp_store = MEMORY; PRAGMA cache_size = -65536"); });
+  execute("PRAGMA temp_store = MEMORY; PRAGMA cache_size = -65536");
 }
 
-SQLite::Statement& Connection::prepare(std::string_view sql) {
-  if (const auto found = statements_.find(sql); found != statements_.end()) {
-    found->second->reset();
-    found->second->clearBindings();
-    return *found->second;
-  }
-  auto statement = std::make_unique<SQLite::Statement>(database_, std::string(sql));
-  SQLite::Statement& result = *statement;
-  // The key must outlive the entry; the statement keeps its own copy of the text.
-  statements_.emplace(result.getQuery(), std::move(statement));
-  return result;
-}
-
-void Connection::begin_reading() {
-  guard([&] {
-    execute("BEGIN");
-    number("SELECT count(*) FROM meta");  // the transaction takes its snapshot with the first row read
+SQLite::Statement& Connection::prepare(const char* sql) {
+  return guard([&]() -> SQLite::Statement& {
+    const auto [entry, is_new] = statements_.try_emplace(sql);
+    if (is_new) {
+      try {
+        entry->second = std::make_unique<SQLite::Statement>(database_, sql);
+      } catch (...) {
+        statements_.erase(entry);
+        throw;
+      }
+    } else {
+      entry->second->tryReset();
+      entry->second->clearBindings();
+    }
+    return *entry->second;
   });
 }
 
-void Connection::end_reading() {
-  sqlite3_progress_handler(database_.getHandle(), 0, nullptr, nullptr);
-  for (const auto& [sql, statement] : statements_) statement->reset();
-  execute("COMMIT");  // a rollback would take back temporary tables
+void Connection::execute(const std::string& sql) {
+  guard([&] { database_.exec(sql); });
 }
 
-std::int64_t Connection::generation() {
+void Connection::roll_back() noexcept {
+  database_.tryExec("ROLLBACK");
+}
+
+std::optional<std::string> Connection::get(const MetaKey<std::string>& key) {
+  return first<std::string>("SELECT value FROM meta WHERE key = ?", key.name);
+}
+
+std::optional<std::int64_t> Connection::get(const MetaKey<std::int64_t>& key) {
+  for (const auto [value, type] : rows<std::int64_t, std::string_view>(
+           "SELECT value, typeof(value) FROM meta WHERE key = ?", key.name)) {
+    if (type == "integer") return value;
+    throw IndexError(IndexError::Kind::damaged,
+                     "the index file " + file_.string() + " is damaged: " + key.name + " is no number");
+  }
+  return std::nullopt;
+}
+
+PastCommits Connection::past_commits() {
   return guard([&] {
-    SQLite::Statement& query = prepare("SELECT value FROM meta WHERE key = ?");
-    query.bind(1, meta_keys::GENERATION);
-    const std::int64_t generation = query.executeStep() ? query.getColumn(0).getInt64() : 0;
-    query.reset();
-    return generation;
+    const auto packed = first<std::string>("SELECT commits FROM history");
+    return packed ? unpack_commits(*packed) : PastCommits();
   });
 }
 
 void Connection::note_change() {
-  SQLite::Statement& statement = prepare("INSERT OR REPLACE INTO meta (key, value) VALUES (?, random())");
-  statement.bind(1, meta_keys::GENERATION);
-  statement.exec();
-  statement.reset();
+  run("INSERT OR REPLACE INTO meta (key, value) VALUES (?, random())", meta::GENERATION.name);
 }
 
-void Connection::execute(const std::string& sql) {
-  database_.exec(sql);
+void Connection::begin_reading() {
+  execute("BEGIN");
+  number("SELECT count(*) FROM meta");  // the transaction takes its snapshot with the first row read
 }
 
-std::int64_t Connection::number(std::string_view sql, std::int64_t otherwise) {
-  SQLite::Statement& query = prepare(sql);
-  const std::int64_t result = query.executeStep() ? query.getColumn(0).getInt64() : otherwise;
-  query.reset();
-  return result;
+void Connection::end_reading() {
+  for (const auto& [sql, statement] : statements_) statement->tryReset();
+  execute("COMMIT");
 }
 
-void Connection::rethrow(const std::filesystem::path& file, const SQLite::Exception& error) {
-  const IndexError::Kind kind = kind_of(error.getErrorCode());
-  throw IndexError(kind, message_of(file, kind, error));
+void Connection::stop_when(const std::function<bool()>* is_over) {
+  const auto ask = [](void* asked) { return (*static_cast<const std::function<bool()>*>(asked))() ? 1 : 0; };
+  // The handler only asks; the interface takes a pointer without const.
+  auto* asked = const_cast<std::function<bool()>*>(is_over);  // NOLINT(cppcoreguidelines-pro-type-const-cast)
+  sqlite3_progress_handler(database_.getHandle(), is_over == nullptr ? 0 : STEPS_BETWEEN_LOOKS, ask, asked);
 }
 
 std::string json_array(const std::vector<std::int64_t>& numbers) {

@@ -6,13 +6,13 @@
 #include <utility>
 
 #include "index/docstrings.h"
-#include "index/schema.h"
+#include "index/packed.h"
 #include "index/token_cost.h"
 
 namespace tarnwick::index {
 namespace {
 
-constexpr std::size_t MOST_ROWS = (std::size_t{1} << POSITION_BITS) - 1;
+constexpr auto MAX_ROWS = static_cast<std::size_t>(MAX_POSITION);
 constexpr std::size_t MAX_QUALIFIER = 100;
 
 SymbolRow row_of(facts::Definition& definition, std::string_view path) {
@@ -34,16 +34,16 @@ SymbolRow row_of(facts::Definition& definition, std::string_view path) {
   return row;
 }
 
-std::int64_t type_number(std::string_view type) {
-  const auto* found = std::find(std::begin(USE_TYPES), std::end(USE_TYPES), type);
-  return found == std::end(USE_TYPES) ? 0 : found - std::begin(USE_TYPES);
+UseType type_named(std::string_view name) {
+  const auto* found = std::find(USE_TYPES.begin(), USE_TYPES.end(), name);
+  return found == USE_TYPES.end() ? UseType::use : static_cast<UseType>(found - USE_TYPES.begin());
 }
 
 /// What tells the rows of uses apart; views into the uses.
 struct UseKey {
   std::optional<std::size_t> enclosing;
   std::string_view name, qualifier;
-  std::int64_t type = 0;
+  UseType type = UseType::use;
 
   friend bool operator==(const UseKey&, const UseKey&) = default;
 };
@@ -63,7 +63,7 @@ std::vector<UseRow> fold(std::vector<facts::Use> uses) {
   for (facts::Use& use : uses) {
     if (use.name.empty()) continue;
     if (use.qualifier.size() > MAX_QUALIFIER) use.qualifier.clear();
-    const std::int64_t type = type_number(use.usage_type);
+    const UseType type = type_named(use.usage_type);
     const auto [entry, is_new] =
         positions.try_emplace({use.enclosing, use.name, use.qualifier, type}, rows.size());
     if (is_new) {
@@ -89,18 +89,18 @@ std::vector<SymbolTexts> texts_of(const std::vector<SymbolRow>& symbols) {
 }
 
 FileRecord make_record(FileInfo info, facts::FileFacts facts, std::string_view text) {
-  if (facts.definitions.size() > MOST_ROWS) facts.definitions.resize(MOST_ROWS);
+  if (facts.definitions.size() > MAX_ROWS) facts.definitions.resize(MAX_ROWS);
   FileRecord record;
   const FileWords words = words_of(text, facts.definitions);
-  record.packed_words = pack(words);
+  record.packed_words = pack_words(words);
   record.symbols.reserve(facts.definitions.size());
   for (facts::Definition& definition : facts.definitions)
     record.symbols.push_back(row_of(definition, info.path));
   record.search = search_rows(words, info.path, texts_of(record.symbols));
   record.uses = fold(std::move(facts.uses));
-  if (record.uses.size() > MOST_ROWS) record.uses.resize(MOST_ROWS);
+  if (record.uses.size() > MAX_ROWS) record.uses.resize(MAX_ROWS);
   record.imports = std::move(facts.imports);
-  if (record.imports.size() > MOST_ROWS) record.imports.resize(MOST_ROWS);
+  if (record.imports.size() > MAX_ROWS) record.imports.resize(MAX_ROWS);
   info.has_error = facts.has_error;
   record.info = std::move(info);
   return record;

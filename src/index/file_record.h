@@ -52,14 +52,11 @@ struct SymbolRow {
 /// The uses of one name by one symbol (or by the file outside of all symbols), of one type.
 struct UseRow {
   std::string name, qualifier;
-  std::int64_t type = 0;  ///< position in USE_TYPES
+  UseType type = UseType::use;
   std::int64_t line = 1;  ///< of the first of them
   std::int64_t count = 1;
   std::optional<std::size_t> enclosing;
 };
-
-inline constexpr std::int64_t CALL = 1;
-inline constexpr std::int64_t IMPORT = 2;
 
 /// Everything that the index stores of one file. Made on any thread, by make_record.
 struct FileRecord {
@@ -67,7 +64,7 @@ struct FileRecord {
   std::vector<SymbolRow> symbols;
   std::vector<UseRow> uses;
   std::vector<facts::Import> imports;
-  std::string packed_words;  ///< pack of the words of the text
+  std::string packed_words;  ///< pack_words of the text
   SearchRows search;
 };
 

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <xxhash.h>
 
@@ -17,6 +18,7 @@
 #include <thread>
 
 #include "index/errors.h"
+#include "index/index.h"
 #include "index/schema.h"
 
 namespace tarnwick::index {
@@ -75,7 +77,7 @@ enum class State { empty, current, older };
 
 State check(Connection& connection) {
   // One state of the file: another may be making the tables at this moment.
-  const SQLite::Transaction reading(connection.database());
+  const Transaction reading(connection);
   const std::int64_t version = connection.number("PRAGMA user_version");
   const std::int64_t application = connection.number("PRAGMA application_id");
   const std::string name = "the index file " + connection.file().string();
@@ -95,35 +97,17 @@ State check(Connection& connection) {
 }
 
 void create_tables(Connection& connection) {
-  // Both stay with the file. Room can be given back (IndexWriter::shrink); WAL lets readers go on while the
+  // Both stay with the file. Space can be given back (Writer::shrink); WAL lets readers go on while the
   // writer writes.
   connection.execute("PRAGMA auto_vacuum = INCREMENTAL");
   connection.execute("PRAGMA journal_mode = WAL");
-  SQLite::Transaction transaction(connection.database());
+  Transaction transaction(connection);
   connection.execute(SCHEMA);
   // The hash table in memory of the search table; bigger means fewer, larger segments to merge.
   connection.execute("INSERT INTO search (search, rank) VALUES ('hashsize', 16777216)");
   connection.execute("PRAGMA application_id = " + std::to_string(APPLICATION_ID));
   connection.execute("PRAGMA user_version = " + std::to_string(SCHEMA_VERSION));
   transaction.commit();
-}
-
-std::unique_ptr<Connection> open_checked(const fs::path& file, std::optional<std::string>& message) {
-  auto connection = std::make_unique<Connection>(file, Connection::Mode::write);
-  Connection::guarded(file, [&] {
-    State state = check(*connection);
-    if (state == State::older) {
-      connection.reset();
-      remove_index(file);
-      connection = std::make_unique<Connection>(file, Connection::Mode::write);
-      message = "the index was written by an older release and is made anew";
-      state = State::empty;
-    }
-    // A power cut may lose the last commits, not more; they are made again.
-    connection->execute("PRAGMA synchronous = NORMAL");
-    if (state == State::empty) create_tables(*connection);
-  });
-  return connection;
 }
 
 }  // namespace
@@ -170,19 +154,26 @@ bool may_hold_index(const fs::path& file) {
   return head == HEADER;
 }
 
-OpenedIndex open_for_writing(const fs::path& file) {
+FileIdentity identity_of(const fs::path& file) {
+  struct stat status {};
+  return stat(file.c_str(), &status) == 0 ? FileIdentity(status.st_dev, status.st_ino) : FileIdentity();
+}
+
+std::unique_ptr<Connection> open_for_writing(const fs::path& file, std::optional<std::string>& message) {
   make_folder(file);
-  OpenedIndex opened;
-  try {
-    opened.connection = open_checked(file, opened.message);
-  } catch (const IndexError& error) {
-    if (error.kind() != IndexError::Kind::damaged) throw;
-    const fs::path aside = set_aside(file);
-    opened.connection = open_checked(file, opened.message);
-    opened.message =
-        std::string(error.what()) + "; it was set aside as " + aside.string() + " and is made anew";
+  auto connection = std::make_unique<Connection>(file, Connection::Mode::write);
+  State state = check(*connection);
+  if (state == State::older) {
+    connection.reset();
+    remove_index(file);
+    connection = std::make_unique<Connection>(file, Connection::Mode::write);
+    message = "the index was written by an older release and is rebuilt";
+    state = State::empty;
   }
-  return opened;
+  // A power cut may lose the last commits, not more; they are made again.
+  connection->execute("PRAGMA synchronous = NORMAL");
+  if (state == State::empty) create_tables(*connection);
+  return connection;
 }
 
 std::unique_ptr<Connection> open_for_reading(const fs::path& file) {
@@ -191,21 +182,19 @@ std::unique_ptr<Connection> open_for_reading(const fs::path& file) {
     throw IndexError(IndexError::Kind::missing, "there is no index file " + file.string());
   }
   auto connection = std::make_unique<Connection>(file, Connection::Mode::read);
-  connection->guard([&] {
-    switch (check(*connection)) {
-      case State::empty:
-        throw IndexError(IndexError::Kind::missing, "the index file " + file.string() + " is empty");
-      case State::older:
-        throw IndexError(IndexError::Kind::missing,
-                         "the index file " + file.string() + " is of an older release");
-      case State::current:
-        break;
-    }
-  });
+  switch (check(*connection)) {
+    case State::empty:
+      throw IndexError(IndexError::Kind::missing, "the index file " + file.string() + " is empty");
+    case State::older:
+      throw IndexError(IndexError::Kind::missing,
+                       "the index file " + file.string() + " is of an older release");
+    case State::current:
+      break;
+  }
   return connection;
 }
 
-fs::path set_aside(const fs::path& file) {
+std::string set_aside(const fs::path& file, const std::string& reason) {
   for (int number = 1;; ++number) {
     fs::path aside = file.string() + ".damaged-" + std::to_string(number);
     std::error_code error;
@@ -218,7 +207,7 @@ fs::path set_aside(const fs::path& file) {
     // What the log holds belongs to the damaged file; left behind, it would be replayed into the new one.
     fs::remove(fs::path(file.string() + "-wal"), error);
     fs::remove(fs::path(file.string() + "-shm"), error);
-    return aside;
+    return reason + "; it was set aside as " + aside.string() + " and is rebuilt";
   }
 }
 

@@ -1,21 +1,22 @@
-// The index file: where it lies, who writes it, and whether it can be used.
+// The file of an index: its lock, its tables, and what becomes of a damaged one.
 #pragma once
+
+#include <sys/types.h>
 
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <utility>
 
 #include "index/connection.h"
 
 namespace tarnwick::index {
 
-/// Where the index of the repository at `root` lies unless its user says otherwise: in
-/// `$XDG_CACHE_HOME/tarnwick` (or `~/.cache/tarnwick`), under the repository's name and a hash of its real
-/// path, so that two ways to a directory share one index. Throws IndexError when neither variable tells where
-/// a cache could be.
-std::filesystem::path default_index_file(const std::filesystem::path& root);
+/// Which file a path leads to; all 0 for none.
+using FileIdentity = std::pair<dev_t, ino_t>;
+FileIdentity identity_of(const std::filesystem::path& file);
 
 /// Lets one process at a time write an index file; released with the object.
 class WriterLock {
@@ -31,26 +32,18 @@ class WriterLock {
   int descriptor_;
 };
 
-/// A connection that may write, and what had to be done to get it.
-struct OpenedIndex {
-  std::unique_ptr<Connection> connection;
-  std::optional<std::string> message;  ///< for the user: why the index is made anew
-};
-
-/// Whether an index may be made in `file`, or be found there: it does not exist, is empty, or is a database.
-/// Anything else is somebody's own file.
-bool may_hold_index(const std::filesystem::path& file);
-
 /// Opens `file` for writing, making folders, file and tables as needed; the caller holds the WriterLock. An
-/// index of an older schema is replaced, a damaged file is renamed (set_aside). Throws IndexError: newer,
-/// foreign, unwritable, full.
-OpenedIndex open_for_writing(const std::filesystem::path& file);
+/// index of an older schema is replaced, and `message` says so. Throws IndexError: newer, foreign, damaged,
+/// unwritable, full.
+std::unique_ptr<Connection> open_for_writing(const std::filesystem::path& file,
+                                             std::optional<std::string>& message);
 
 /// Opens `file` for reading. Throws IndexError: missing (no index of this schema is there), newer, foreign,
 /// damaged, unwritable.
 std::unique_ptr<Connection> open_for_reading(const std::filesystem::path& file);
 
-/// Renames a damaged index to a free name beside it, and answers that name. The caller holds the WriterLock.
-std::filesystem::path set_aside(const std::filesystem::path& file);
+/// Renames an index that is damaged, as `reason` says, to a free name beside it, and answers what to tell the
+/// user. The caller holds the WriterLock.
+std::string set_aside(const std::filesystem::path& file, const std::string& reason);
 
 }  // namespace tarnwick::index

@@ -6,8 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "index/connection.h"
-
 namespace tarnwick::index {
 
 struct LanguageStatus {
@@ -29,10 +27,15 @@ struct ComponentStatus {
   std::int64_t files = 0;
 };
 
+struct SkippedFile {
+  std::string path;
+  std::string reason;
+};
+
 struct IndexStatus {
   std::string root;
-  std::optional<std::int64_t>
-      indexed_at;  ///< seconds since 1970; absent before the first indexing is complete
+  /// Seconds since 1970; absent before the first indexing is complete.
+  std::optional<std::int64_t> indexed_at;
   std::optional<std::string> git_head;
   std::int64_t index_bytes = 0;             ///< on disk, the write-ahead log included
   std::int64_t source_bytes = 0;            ///< of the indexed files
@@ -40,25 +43,5 @@ struct IndexStatus {
   std::vector<SkipStatus> skipped;          ///< most files first, then by reason
   std::vector<ComponentStatus> components;  ///< by path
 };
-
-struct SkippedFile {
-  std::string path;
-  std::string reason;
-};
-
-/// Counts every row: for a report, not for a test in passing.
-IndexStatus index_status(Connection& connection);
-
-/// Whether any file was read, as opposed to left out.
-bool has_files(Connection& connection);
-
-/// How many files were left out, most first, then by reason.
-std::vector<SkipStatus> skip_counts(Connection& connection);
-
-/// The files that were left out, by reason, then by path.
-std::vector<SkippedFile> skipped_files(Connection& connection);
-
-/// How far the first indexing is: 100 when it is complete, else the share of files done, at most 99.
-std::int64_t indexing_progress(Connection& connection);
 
 }  // namespace tarnwick::index

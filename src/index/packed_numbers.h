@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -24,10 +25,17 @@ inline void put(std::string& out, std::string_view text) {
   out += text;
 }
 
-/// Reads what `put` wrote. Throws IndexError (damaged) where the bytes say something else.
+/// Stored bytes are not what was written. Connection::guard makes an IndexError of it, which names the file.
+class DamagedValue : public std::runtime_error {
+ public:
+  explicit DamagedValue(const std::string& what) : std::runtime_error("its " + what + " cannot be read") {}
+};
+
+/// Reads what `put` wrote. Throws DamagedValue where the bytes say something else.
 class PackedInput {
  public:
-  explicit PackedInput(std::string_view bytes) : bytes_(bytes) {}
+  /// `what`: what is packed there, for the error; it must outlive this.
+  PackedInput(std::string_view bytes, const char* what) : bytes_(bytes), what_(what) {}
 
   bool empty() const { return bytes_.empty(); }
 
@@ -63,10 +71,11 @@ class PackedInput {
     return result;
   }
 
-  [[noreturn]] static void damaged();
+  [[noreturn]] void damaged() const { throw DamagedValue(what_); }
 
  private:
   std::string_view bytes_;
+  const char* what_;
 };
 
 }  // namespace tarnwick::index

@@ -1,13 +1,11 @@
-// The past commits that an index knows, packed into one value.
+// The past commits that an index knows.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "index/connection.h"
 #include "words/vocabulary.h"
 
 namespace tarnwick::index {
@@ -22,7 +20,7 @@ struct PastCommit {
   std::string hash;
   std::size_t files = 0;             ///< that it changed, below the root
   bool touched_read = false;         ///< whether it was read what it touched in its files
-  std::vector<std::uint32_t> words;  ///< of its subject, as retrieval::search_words gives them
+  std::vector<std::uint32_t> words;  ///< of its subject, as words::search_words gives them
   std::vector<ChangedFile> changed;  ///< its files
 };
 
@@ -31,13 +29,5 @@ struct PastCommits {
   words::Vocabulary texts;          ///< words, paths and names
   std::vector<PastCommit> commits;  ///< newest first
 };
-
-std::string pack(const PastCommits& history);
-
-/// Throws IndexError (damaged) for other bytes.
-PastCommits unpack_commits(std::string_view packed);
-
-/// Those of an index: none where no history was read. Throws SQLite::Exception, and IndexError (damaged).
-PastCommits read_commits(Connection& connection);
 
 }  // namespace tarnwick::index

@@ -175,7 +175,7 @@ FileWords words_of(std::string_view text, const std::vector<facts::Definition>& 
 }
 
 SearchRows search_rows(const FileWords& words, std::string_view path, std::span<const SymbolTexts> symbols) {
-  if (words.bodies.size() != symbols.size() + 1) PackedInput::damaged();
+  if (words.bodies.size() != symbols.size() + 1) throw DamagedValue("words");
   Columns columns(words);
   SearchRows result;
   result.rows.resize(symbols.size() + 1);

@@ -61,15 +61,7 @@ struct SearchRows {
 };
 
 /// Equal arguments give equal rows: to take a row out of the search table one has to name its words again.
-/// Throws IndexError (damaged) when the words are not of those symbols.
+/// Throws DamagedValue when the words are not of those symbols.
 SearchRows search_rows(const FileWords& words, std::string_view path, std::span<const SymbolTexts> symbols);
-
-/// SearchRows::sizes as bytes, and back. unpack_sizes throws IndexError (damaged) for anything else.
-std::string pack_sizes(const std::vector<std::uint32_t>& sizes);
-std::vector<std::uint32_t> unpack_sizes(std::string_view packed);
-
-/// The words as one compressed text, and back. unpack throws IndexError (damaged) for anything else.
-std::string pack(const FileWords& words);
-FileWords unpack(std::string_view packed);
 
 }  // namespace tarnwick::index

@@ -8,7 +8,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <vector>
 
 #include "index/file_record.h"
@@ -54,7 +53,7 @@ class Writer {
     void commit_batch();
 
    private:
-    Writer* writer_;
+    Connection* connection_;
     bool is_open_ = true;
   };
 

@@ -9,22 +9,18 @@
 #include <utility>
 #include <vector>
 
-#include "index/connection.h"
 #include "index/errors.h"
-#include "index/index_file.h"
 #include "index/past_commits.h"
-#include "index/schema.h"
 #include "words/words.h"
 
 namespace tarnwick::indexing {
 namespace {
 
-using index::Connection;
 using index::PastCommit;
 using index::PastCommits;
 
 /// Git takes all of a first paragraph for the subject; a longer one is none.
-constexpr std::size_t MOST_WORDS = 200;
+constexpr std::size_t MAX_WORDS = 200;
 
 using TouchedByCommit = std::unordered_map<std::string, std::vector<git::Touched>>;
 
@@ -48,22 +44,19 @@ struct Fresh {
 
 /// A commit that touched nothing below the root, or too much, is known by its hash only.
 bool is_telling(std::size_t files) {
-  return files > 0 && files <= MOST_COMMIT_FILES;
+  return files > 0 && files <= MAX_COMMIT_FILES;
 }
 
-std::string stored_head(Connection& connection) {
-  SQLite::Statement& query = connection.prepare("SELECT value FROM meta WHERE key = ?");
-  query.bind(1, index::meta_keys::HISTORY_HEAD);
-  std::string head = query.executeStep() ? query.getColumn(0).getString() : std::string();
-  query.reset();
-  return head;
-}
-
-/// A history whose bytes are damaged is none: git has it all.
-Known stored_history(Connection& connection) {
+/// Of a Snapshot or a Writer. The commits are left out when the head says that nothing is new. A history
+/// whose bytes are damaged is none: git has it all.
+template <class Stored>
+Known stored_history(const Stored& stored, std::string_view current_head) {
   try {
-    return {stored_head(connection), index::read_commits(connection)};
-  } catch (const index::IndexError&) {
+    Known known{stored.get(index::meta::HISTORY_HEAD).value_or(""), {}};
+    if (known.head != current_head) known.history = stored.past_commits();
+    return known;
+  } catch (const index::IndexError& error) {
+    if (error.kind() != index::IndexError::Kind::damaged) throw;
     return {};
   }
 }
@@ -74,15 +67,11 @@ ByHash by_hash(const PastCommits& history) {
   return result;
 }
 
-/// The commits are left out when the head says that nothing is new.
 Known known_history(const HistoryOptions& options, const std::string& head) {
   try {
-    const auto connection = index::open_for_reading(options.index_file);
-    return connection->guard([&] {
-      return stored_head(*connection) == head ? Known{head, {}} : stored_history(*connection);
-    });
+    return stored_history(*options.index->snapshot(), head);
   } catch (const index::IndexError& error) {
-    // A first indexing may be under way; open_for_writing sees to the rest.
+    // A first indexing may be under way; the writer sees to the rest.
     if (error.kind() == index::IndexError::Kind::missing || error.kind() == index::IndexError::Kind::damaged)
       return {};
     throw;
@@ -174,7 +163,7 @@ class Merge {
     PastCommit commit{.hash = read.hash, .files = read.files.size(), .words = {}, .changed = {}};
     if (!is_telling(commit.files)) return commit;
     words::search_words(read.subject, [&](std::string_view word) {
-      if (commit.words.size() < MOST_WORDS) commit.words.push_back(result_.texts.number_of(word));
+      if (commit.words.size() < MAX_WORDS) commit.words.push_back(result_.texts.number_of(word));
     });
     for (const std::string& file : read.files)
       commit.changed.push_back({.path = result_.texts.number_of(file), .names = {}});
@@ -209,21 +198,6 @@ class Merge {
   PastCommits result_;
 };
 
-/// `head`: empty while something is left for a later call.
-void write(Connection& connection, const PastCommits& history, const std::string& head) {
-  const std::string packed = pack(history);
-  SQLite::Statement& insert =
-      connection.prepare("INSERT OR REPLACE INTO history (id, commits) VALUES (1, ?)");
-  insert.bindNoCopy(1, packed.data(), static_cast<int>(packed.size()));
-  insert.exec();
-  insert.reset();
-  SQLite::Statement& meta = connection.prepare("INSERT OR REPLACE INTO meta (key, value) VALUES (?, ?)");
-  meta.bind(1, index::meta_keys::HISTORY_HEAD);
-  meta.bind(2, head);
-  meta.exec();
-  meta.reset();
-}
-
 }  // namespace
 
 HistoryReport update_history(const HistoryOptions& options) {
@@ -234,19 +208,15 @@ HistoryReport update_history(const HistoryOptions& options) {
   const std::optional<Fresh> fresh = read_fresh(options, by_hash(known.history), *head);
   const bool complete = !options.patience.is_over();
   if (!fresh) return {.complete = complete};
-  const index::WriterLock lock(options.index_file, options.patience.stop);
-  const index::OpenedIndex index = index::open_for_writing(options.index_file);
-  Connection& connection = *index.connection;
-  connection.guard([&] {
-    SQLite::Transaction transaction(connection.database(), SQLite::TransactionBehavior::IMMEDIATE);
-    // Another process may have written its findings meanwhile; they are as good as these.
-    const Known stored = stored_history(connection);
-    if (stored.head != known.head) return;
-    write(connection, Merge(stored.history, *fresh).run(options.touched),
-          complete ? fresh->head : std::string());
-    connection.note_change();
+  const std::unique_ptr<index::Writer> writer = options.index->write(options.patience.stop);
+  index::Writer::Transaction transaction(*writer);
+  // Another process may have written its findings meanwhile; they are as good as these.
+  const Known stored = stored_history(*writer, "");
+  if (stored.head == known.head) {
+    writer->set_past_commits(Merge(stored.history, *fresh).run(options.touched));
+    writer->set(index::meta::HISTORY_HEAD, complete ? fresh->head : std::string());
     transaction.commit();
-  });
+  }
   return {fresh->commits.size(), complete};
 }
 

@@ -14,9 +14,7 @@
 #include "files/source_text.h"
 #include "git/git_files.h"
 #include "index/errors.h"
-#include "index/index_file.h"
-#include "index/index_writer.h"
-#include "index/schema.h"
+#include "index/file_record.h"
 #include "indexing/indexer_components.h"
 #include "indexing/indexer_pipeline.h"
 #include "indexing/indexer_skips.h"
@@ -27,12 +25,12 @@ namespace tarnwick::indexing {
 namespace {
 
 using index::FileRecord;
-using index::IndexWriter;
 using index::StoredFile;
+using index::Writer;
 
 /// How many files are read ahead of the writer, and of how many bytes.
-constexpr std::size_t MOST_AHEAD = 1024;
-constexpr std::size_t MOST_BYTES_AHEAD = std::size_t{16} << 20U;
+constexpr std::size_t MAX_AHEAD = 1024;
+constexpr std::size_t MAX_BYTES_AHEAD = std::size_t{16} << 20U;
 
 /// A first indexing shows readers what is done after this time, and then each time that it has taken twice as
 /// long: each commit leaves the search tables more to merge.
@@ -142,18 +140,18 @@ bool is_unchanged(const TreeEntry& entry, const index::FileInfo& stored) {
 
 class Update {
  public:
-  Update(const IndexOptions& options, index::Connection& connection, Progress* progress, IndexReport& report)
+  Update(const IndexOptions& options, Writer& writer, Progress* progress, IndexReport& report)
       : options_(options),
         extractor_(*options.extractor),
         reader_(options.root, extractor_),
-        connection_(connection),
-        writer_(connection),
+        writer_(writer),
         progress_(progress),
         report_(report) {}
 
   void run() {
-    report_.first = connection_.number("SELECT count(*) FROM meta WHERE key = 'indexed_at'") == 0;
-    full_ = options_.full || made_by_another_version();
+    report_.first = !writer_.get(index::meta::INDEXED_AT);
+    full_ = options_.full ||
+            writer_.get(index::meta::READER).value_or(extractor_.version()) != extractor_.version();
     const std::vector<TreeEntry> entries = walk();
     report_.files = static_cast<std::int64_t>(entries.size());
     std::vector<StoredFile> stored;
@@ -167,14 +165,6 @@ class Update {
   }
 
  private:
-  bool made_by_another_version() const {
-    SQLite::Statement& query = connection_.prepare("SELECT value FROM meta WHERE key = ?");
-    query.bind(1, index::meta_keys::READER);
-    const bool another = query.executeStep() && query.getColumn(0).getString() != extractor_.version();
-    query.reset();
-    return another;
-  }
-
   std::vector<TreeEntry> walk() const {
     WalkOptions walk{.root = options_.root, .include_ignored = options_.include_ignored};
     walk.is_unsupported = [&](std::string_view path) { return !may_matter(extractor_, path); };
@@ -224,44 +214,40 @@ class Update {
 
   void note_touched(const Plan& plan) {
     if (plan.touched.empty()) return;
-    writer_.begin();
+    Writer::Transaction transaction(writer_);
     for (const auto& [id, stat] : plan.touched) writer_.touch(id, stat);
-    writer_.commit();
+    transaction.commit();
   }
 
   void apply(const Plan& plan, const std::vector<TreeEntry>& entries) {
-    writer_.begin();
+    Writer::Transaction transaction(writer_);
     if (full_) writer_.clear();
-    writer_.set_meta(index::meta_keys::READER, extractor_.version());
-    writer_.set_meta(index::meta_keys::ROOT, text::from_os(options_.root.native()));
-    if (report_.first) writer_.set_meta(index::meta_keys::FILES_TO_INDEX, report_.files);
+    writer_.set(index::meta::READER, extractor_.version());
+    writer_.set(index::meta::ROOT, text::from_os(options_.root.native()));
+    if (report_.first) writer_.set(index::meta::FILES_TO_INDEX, report_.files);
     for (const auto& [id, stat] : plan.touched) writer_.touch(id, stat);
     for (const std::int64_t id : plan.removals) writer_.remove(id);
-    if (!add_files(plan)) {
-      report_.interrupted = true;
-      report_.first ? writer_.commit() : writer_.roll_back();
-      return;
+    report_.interrupted = !add_files(plan, transaction);
+    if (!report_.interrupted) {
+      update_components(entries);
+      writer_.drop_unused_names();
+      writer_.set(index::meta::INDEXED_AT, now_ns() / 1'000'000'000);
+      writer_.set(index::meta::FILES_TO_INDEX, std::nullopt);
+      writer_.set(index::meta::GIT_HEAD, git::git_head(options_.root));
     }
-    update_components(entries);
-    writer_.drop_unused_names();
-    writer_.set_meta(index::meta_keys::INDEXED_AT, now_ns() / 1'000'000'000);
-    writer_.remove_meta(index::meta_keys::FILES_TO_INDEX);
-    if (const auto head = git::git_head(options_.root)) {
-      writer_.set_meta(index::meta_keys::GIT_HEAD, *head);
-    } else {
-      writer_.remove_meta(index::meta_keys::GIT_HEAD);
-    }
-    writer_.commit();
-    writer_.shrink();
+    // What an update did not finish is rolled back; a first indexing goes on there the next time.
+    if (report_.interrupted && !report_.first) return;
+    transaction.commit();
+    if (!report_.interrupted) writer_.shrink();
   }
 
   /// False when interrupted.
-  bool add_files(const Plan& plan) {
+  bool add_files(const Plan& plan, Writer::Transaction& transaction) {
     const auto total = static_cast<std::int64_t>(plan.jobs.size());
     const auto size_of = [](const FileRecord& record) {
       return static_cast<std::size_t>(record.info.stat.size);
     };
-    OrderedPipeline<FileRecord> records(plan.jobs.size(), {MOST_AHEAD, MOST_BYTES_AHEAD, size_of},
+    OrderedPipeline<FileRecord> records(plan.jobs.size(), {MAX_AHEAD, MAX_BYTES_AHEAD, size_of},
                                         thread_count(plan.jobs.size()),
                                         [&](std::size_t number) { return reader_.read(plan.jobs[number]); });
     const auto start = std::chrono::steady_clock::now();
@@ -273,8 +259,7 @@ class Update {
       if (progress_ != nullptr) progress_->files_done(done + 1, total, record->info.path);
       const auto elapsed = std::chrono::steady_clock::now() - start;
       if (report_.first && elapsed > batch_end) {
-        writer_.commit();
-        writer_.begin();
+        transaction.commit_batch();
         batch_end = 2 * elapsed;
       }
     }
@@ -299,17 +284,18 @@ class Update {
   const IndexOptions& options_;
   const facts::Extractor& extractor_;
   Reader reader_;
-  index::Connection& connection_;
-  IndexWriter writer_;
+  Writer& writer_;
   Progress* progress_;
   IndexReport& report_;
   bool full_ = false;
 };
 
-void run_update(const IndexOptions& options, Progress* progress, IndexReport& report) {
-  index::OpenedIndex index = index::open_for_writing(options.index_file);
-  if (index.message && progress != nullptr) progress->message(*index.message);
-  index.connection->guard([&] { Update(options, *index.connection, progress, report).run(); });
+IndexReport run_update(const IndexOptions& options, Progress* progress) {
+  const std::unique_ptr<Writer> writer = options.index->write(options.stop);
+  if (writer->message() && progress != nullptr) progress->message(*writer->message());
+  IndexReport report;
+  Update(options, *writer, progress, report).run();
+  return report;
 }
 
 }  // namespace
@@ -321,24 +307,13 @@ bool may_matter(const facts::Extractor& extractor, std::string_view path) {
 IndexReport update_index(const IndexOptions& options, Progress* progress) {
   IndexOptions resolved = options;
   resolved.root = std::filesystem::canonical(options.root);
-  if (resolved.index_file.empty()) resolved.index_file = index::default_index_file(resolved.root);
-  IndexReport report;
-  report.index_file = resolved.index_file;
-  const index::WriterLock lock(resolved.index_file, resolved.stop);
   try {
-    run_update(resolved, progress, report);
+    return run_update(resolved, progress);
   } catch (const index::IndexError& error) {
     if (error.kind() != index::IndexError::Kind::damaged) throw;
-    const std::filesystem::path aside = index::set_aside(resolved.index_file);
-    if (progress != nullptr) {
-      progress->message(std::string(error.what()) + "; it was set aside as " + aside.string() +
-                        " and is made anew");
-    }
-    report = {};
-    report.index_file = resolved.index_file;
-    run_update(resolved, progress, report);
+    options.index->report_damage(error);
+    return run_update(resolved, progress);
   }
-  return report;
 }
 
 }  // namespace tarnwick::indexing

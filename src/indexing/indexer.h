@@ -10,14 +10,15 @@
 #include <vector>
 
 #include "facts/extractor.h"
+#include "index/index.h"
 
 namespace tarnwick::indexing {
 
 struct IndexOptions {
   std::filesystem::path root;                   ///< the directory to index
-  std::filesystem::path index_file = {};        ///< empty: storage::default_index_file
+  index::Index* index = nullptr;                ///< required
   bool include_ignored = false;                 ///< index what ignore rules leave out, too
-  bool full = false;                            ///< read every file anew
+  bool full = false;                            ///< read every file again
   unsigned threads = 0;                         ///< that read files; 0: one for each core
   std::stop_token stop = {};                    ///< requested: stop soon and leave a usable index
   const facts::Extractor* extractor = nullptr;  ///< reads the files; required
@@ -36,12 +37,11 @@ class Progress {
 
   /// Called before the first file when any has to be read, and after each.
   virtual void files_done(std::int64_t done, std::int64_t total, std::string_view path) = 0;
-  /// Something that the user should know, such as a damaged index that is made anew.
+  /// Something that the user should know, such as a damaged index that is rebuilt.
   virtual void message(std::string_view text) = 0;
 };
 
 struct IndexReport {
-  std::filesystem::path index_file;
   bool first = false;        ///< there was no complete index before
   bool interrupted = false;  ///< stopped before the end: a first indexing goes on there the next time, a
                              ///< later update left the older state
@@ -56,8 +56,8 @@ struct IndexReport {
 ///
 /// One process writes at a time; another waits for it and then finds little to do. A first indexing is
 /// committed in batches, so that readers see the files done so far, each whole; a later update is one
-/// transaction. An index of an older schema or a damaged one is made anew, with a message. `progress` may be
-/// null. Throws storage::IndexError, std::filesystem::filesystem_error (the root cannot be read), and what
+/// transaction. An index of an older schema or a damaged one is rebuilt, with a message. `progress` may be
+/// null. Throws index::IndexError, std::filesystem::filesystem_error (the root cannot be read), and what
 /// `progress` throws.
 IndexReport update_index(const IndexOptions& options, Progress* progress = nullptr);
 

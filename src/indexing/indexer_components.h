@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "index/index_writer.h"
+#include "index/writer.h"
 
 namespace tarnwick::indexing {
 

@@ -64,8 +64,8 @@ Json renewing_damaged(Source& source, const Work& work) {
     return work();
   } catch (const IndexError& error) {
     if (error.kind() != IndexError::Kind::damaged) throw;
-    source.renew();
-    throw IndexError(error.kind(), std::string(error.what()) + ". It is being made anew: ask again soon.");
+    source.renew(error);
+    throw IndexError(error.kind(), std::string(error.what()) + ". It is being rebuilt: ask again soon.");
   }
 }
 

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "index/errors.h"
 #include "index/index_status.h"
 #include "mcp/call.h"
 #include "tarnwick/storage/repository.h"
@@ -60,8 +61,8 @@ class Source {
   virtual Indexing refresh(const Call& call) = 0;
   /// The index as it is. Its queries end early, with an error, once `call` is over. Never null.
   virtual std::unique_ptr<View> view(const Call& call) = 0;
-  /// Makes the index anew in the background, after a query has found it damaged.
-  virtual void renew() = 0;
+  /// Rebuilds the index in the background, after a query has found it damaged.
+  virtual void renew(const index::IndexError& error) = 0;
 };
 
 using Sources = std::vector<std::unique_ptr<Source>>;

@@ -13,8 +13,6 @@
 #include <utility>
 
 #include "index/errors.h"
-#include "index/index_file.h"
-#include "index/index_status.h"
 #include "indexing/history_store.h"
 #include "indexing/tree_directories.h"
 #include "mcp/stored_view.h"
@@ -44,9 +42,9 @@ constexpr auto HEAD_START = 300ms;
 /// Answering goes before indexing.
 constexpr int NICE = 5;
 
-bool has_whole_index(const std::filesystem::path& file) {
+bool has_whole_index(const index::Index& index) {
   try {
-    return index::indexing_progress(*index::open_for_reading(file)) == 100;
+    return index.snapshot()->progress() == 100;
   } catch (const index::IndexError&) {
     return false;  // the update makes one, or tells why it cannot
   }
@@ -57,19 +55,15 @@ bool matters(const facts::Extractor& extractor, std::string_view path) {
 }
 
 /// The directories of the files in the index, and those around them.
-indexing::Directories indexed_directories(const std::filesystem::path& index_file) {
+indexing::Directories indexed_directories(const index::Index& index) {
   indexing::Directories directories = {""};
-  const auto connection = index::open_for_reading(index_file);
-  connection->guard([&] {
-    SQLite::Statement& query = connection->prepare("SELECT path FROM files");
-    while (query.executeStep()) {
-      std::string path = text::to_os(query.getColumn(0).getString());
-      for (std::size_t end = path.rfind('/'); end != std::string::npos; end = path.rfind('/')) {
-        path.resize(end);
-        if (!directories.insert(path).second) break;
-      }
+  for (const std::string& file : index.snapshot()->paths()) {
+    std::string path = text::to_os(file);
+    for (std::size_t end = path.rfind('/'); end != std::string::npos; end = path.rfind('/')) {
+      path.resize(end);
+      if (!directories.insert(path).second) break;
     }
-  });
+  }
   return directories;
 }
 
@@ -88,14 +82,16 @@ class StoredSource::Reporter final : public indexing::Progress {
   StoredSource& source_;
 };
 
-StoredSource::StoredSource(std::string name, indexing::IndexOptions update, bool watch)
+StoredSource::StoredSource(std::string name, const std::filesystem::path& index_file,
+                           indexing::IndexOptions update, bool watch)
     : name_(std::move(name)),
       update_(std::move(update)),
-      pool_(update_.index_file),
+      store_(index_file, update_.root),
       watch_(
           update_.root, [this](std::string_view path) { return matters(*update_.extractor, path); }, watch),
       wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      complete_(has_whole_index(update_.index_file)) {
+      complete_(has_whole_index(store_.index())) {
+  update_.index = &store_.index();
   if (wake_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
   thread_ = std::jthread([this](const std::stop_token& stop) { run(stop); });
   history_thread_ = std::jthread([this](const std::stop_token& stop) { run_history(stop); });
@@ -112,7 +108,7 @@ StoredSource::~StoredSource() {
 
 Indexing StoredSource::refresh(const Call& call) {
   std::error_code error;
-  const bool lost = !std::filesystem::exists(update_.index_file, error);
+  const bool lost = !std::filesystem::exists(store_.index().file(), error);
   std::unique_lock lock(mutex_);
   if (lost) complete_ = false;
   // An update under way may have seen the change and told nobody yet. The first looks at what changed before
@@ -134,15 +130,16 @@ Indexing StoredSource::refresh(const Call& call) {
 }
 
 std::unique_ptr<View> StoredSource::view(const Call& call) {
-  std::unique_ptr<View> view = open_view(pool_, update_.root, call);
+  std::unique_ptr<View> view = open_view(store_, call);
   const std::lock_guard lock(mutex_);
   if (!std::exchange(asked_, true)) changed_.notify_all();
   return view;
 }
 
-void StoredSource::renew() {
+void StoredSource::renew(const index::IndexError& error) {
   const std::lock_guard lock(mutex_);
   if (renewing_) return;  // told by a call that began before
+  store_.index().report_damage(error);
   damaged_ = true;
   complete_ = false;
   want_look();
@@ -203,8 +200,7 @@ void StoredSource::run_history(const std::stop_token& stop) {
       seen = looked_;
     }
     try {
-      indexing::update_history(
-          {.root = update_.root, .index_file = update_.index_file, .patience = {.stop = stop}});
+      indexing::update_history({.root = update_.root, .index = update_.index, .patience = {.stop = stop}});
     } catch (const std::exception& error) {
       spdlog::warn("{}: the history could not be read: {}", name_, error.what());
     }
@@ -251,7 +247,6 @@ void StoredSource::look_at_files(const std::stop_token& stop) {
   std::optional<std::string> failure;
   bool whole = false;
   try {
-    if (renewing_) set_damaged_aside(stop);
     Reporter reporter(*this);
     indexing::IndexOptions update = update_;
     update.stop = stop;
@@ -269,14 +264,8 @@ void StoredSource::look_at_files(const std::stop_token& stop) {
   files_done_ = files_total_ = 0;
 }
 
-void StoredSource::set_damaged_aside(const std::stop_token& stop) {
-  const index::WriterLock lock(update_.index_file, stop);
-  const std::filesystem::path kept = index::set_aside(update_.index_file);
-  spdlog::warn("{}: the index is damaged; kept as {}, indexing anew", name_, kept.string());
-}
-
 void StoredSource::watch_directories() {
-  indexing::Directories directories = indexed_directories(update_.index_file);
+  indexing::Directories directories = indexed_directories(store_.index());
   directories.merge(indexing::directories_without_files(update_.root, update_.include_ignored, directories));
   if (!watch_.watch(directories)) return;
   const std::lock_guard lock(mutex_);

@@ -11,10 +11,10 @@
 #include <string>
 #include <thread>
 
-#include "index/read_pool.h"
 #include "indexing/indexer.h"
 #include "mcp/file_watch.h"
 #include "mcp/source.h"
+#include "repository/store.h"
 
 namespace tarnwick::mcp {
 
@@ -22,10 +22,11 @@ namespace tarnwick::mcp {
 /// or a call asks. The history follows behind, on another.
 class StoredSource final : public Source {
  public:
-  /// `update` says how to bring the index up to date; its `root` is free of symbolic links, its `index_file`
-  /// given. `name` is unique among the served repositories. Without `watch`, or where the system cannot
-  /// watch, each call looks for changed files.
-  StoredSource(std::string name, indexing::IndexOptions update, bool watch = true);
+  /// `update` says how to bring the index in `index_file` up to date: its `root` is free of symbolic links,
+  /// its `index` is set here. `name` is unique among the served repositories. Without `watch`, or where the
+  /// system cannot watch, each call looks for changed files.
+  StoredSource(std::string name, const std::filesystem::path& index_file, indexing::IndexOptions update,
+               bool watch = true);
   /// Stops the indexing; what is done of a first one stays.
   ~StoredSource() override;
 
@@ -33,7 +34,7 @@ class StoredSource final : public Source {
   const std::filesystem::path& root() const override { return update_.root; }
   Indexing refresh(const Call& call) override;
   std::unique_ptr<View> view(const Call& call) override;
-  void renew() override;
+  void renew(const index::IndexError& error) override;
 
  private:
   class Reporter;
@@ -43,7 +44,6 @@ class StoredSource final : public Source {
   void await_first_call(const std::stop_token& stop);
   void update_once(const std::stop_token& stop);
   void look_at_files(const std::stop_token& stop);
-  void set_damaged_aside(const std::stop_token& stop);
   void watch_directories();
   void wait_for_change(const std::stop_token& stop, std::chrono::milliseconds pause) const;
   void note_progress(std::int64_t done, std::int64_t total);
@@ -57,7 +57,7 @@ class StoredSource final : public Source {
 
   std::string name_;
   indexing::IndexOptions update_;
-  index::ReadPool pool_;
+  repository::Store store_;
   FileWatch watch_;
   int wake_;  ///< an eventfd that ends the thread's waits
 
@@ -69,7 +69,7 @@ class StoredSource final : public Source {
   std::uint64_t looked_ = 0;    ///< and of the last that had reason to look at the files
   Call::Clock::time_point began_at_;  ///< of the update `started_`
   bool must_look_ = true;             ///< the next update looks at the files whatever the watch reports
-  bool damaged_ = false;              ///< the next update sets the index aside
+  bool damaged_ = false;              ///< the next update rebuilds the index
   bool renewing_ = false;             ///< the running update did so
   bool asked_ = false;                ///< a call has had its view
   bool complete_ = false;             ///< there was a whole index at some time

@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <array>
 #include <numeric>
+#include <set>
 #include <tuple>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "repository/stored_repository.h"
@@ -30,35 +32,31 @@ std::size_t edit_distance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
+// A member of StoredRepository, apart from the others for its own measure of likeness.
 std::vector<std::string> StoredRepository::components_near(std::string_view name, std::size_t limit) const {
-  return connection_->guard([&] {
-    const std::string wanted = text::lowercase(name).substr(0, MAX_COMPARED);
+  const std::string wanted = text::lowercase(name).substr(0, MAX_COMPARED);
+  std::set<std::tuple<bool, std::size_t, std::string>> near;
+  const auto compare = [&](std::string_view asked, const std::string& candidate) {
+    if (candidate.empty()) return;
+    const std::string lower = text::lowercase(asked).substr(0, MAX_COMPARED);
+    const bool inside = !wanted.empty() && lower.find(wanted) != std::string::npos;
+    const std::size_t distance = edit_distance(wanted, lower);
+    if (inside || distance <= std::max<std::size_t>(2, wanted.size() / 3))
+      near.emplace(!inside, distance, candidate);
+  };
+  const std::vector<index::StoredComponent> components = snapshot_->components();
+  std::unordered_map<std::string_view, int> shared;
+  for (const index::StoredComponent& component : components) ++shared[component.name];
+  for (const auto& [id, component_name, path] : components) {
     // One that shares its name is told by its path, however it was asked for.
-    SQLite::Statement& query = connection_->prepare(
-        "SELECT name, iif(count(*) OVER (PARTITION BY name) = 1, name, path) FROM components "
-        "UNION SELECT path, path FROM components WHERE name <> path");
-    std::vector<std::tuple<bool, std::size_t, std::string>> near;
-    while (query.executeStep()) {
-      const std::string asked = query.getColumn(0).getString();
-      std::string candidate = query.getColumn(1).getString();
-      if (candidate.empty()) continue;
-      const std::string lower = text::lowercase(asked).substr(0, MAX_COMPARED);
-      const bool inside = !wanted.empty() && lower.find(wanted) != std::string::npos;
-      const std::size_t distance = edit_distance(wanted, lower);
-      if (inside || distance <= std::max<std::size_t>(2, wanted.size() / 3)) {
-        near.emplace_back(!inside, distance, std::move(candidate));
-      }
-    }
-    query.reset();
-    std::sort(near.begin(), near.end());
-    std::unordered_set<std::string> seen;
-    std::erase_if(near, [&](const auto& entry) { return !seen.insert(std::get<std::string>(entry)).second; });
-    if (near.size() > limit) near.resize(limit);
-    std::vector<std::string> names;
-    names.reserve(near.size());
-    for (auto& entry : near) names.push_back(std::move(std::get<std::string>(entry)));
-    return names;
-  });
+    compare(component_name, shared[component_name] == 1 ? component_name : path);
+    if (component_name != path) compare(path, path);
+  }
+  std::unordered_set<std::string_view> seen;
+  std::vector<std::string> names;
+  for (const auto& [outside, distance, candidate] : near)
+    if (names.size() < limit && seen.insert(candidate).second) names.push_back(candidate);
+  return names;
 }
 
 }  // namespace tarnwick::repository

@@ -2,17 +2,12 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
-#include "index/file_record.h"
-#include "index/index_file.h"
-#include "index/schema.h"
-#include "repository/name_pattern.h"
-#include "repository/symbol_rows.h"
 #include "resolution/reference_list.h"
-#include "resolution/resolver.h"
 #include "resolution/test_reach.h"
 #include "text/lowercase.h"
 
@@ -47,154 +42,134 @@ class TestPaths final : public PathSet {
   std::unordered_set<Text, TextHash, TextEqual> set_;
 };
 
+/// Longer ones the database refuses with an error.
+constexpr std::size_t MAX_PATTERN = 4096;
+
+/// Runs of characters that a pattern may hold. Each multiplies the time that a long name can take to be
+/// refused.
+constexpr int MAX_RUNS = 16;
+
+/// A pattern of search_symbols ("%": any run of characters, all else itself) in the store's terms. Nothing
+/// for one that no name matches: one with a NUL, or longer than names are.
+std::optional<index::SymbolPattern> pattern_of(std::string_view pattern, bool source_only) {
+  if (pattern.size() > MAX_PATTERN || pattern.find('\0') != std::string_view::npos) return std::nullopt;
+  index::SymbolPattern result{.glob = {}, .literal = {}, .source_only = source_only};
+  int runs = 0;
+  for (const char c : text::lowercase(pattern)) {
+    if (c == '%') {
+      if (result.glob.ends_with('*')) continue;
+      if (++runs > MAX_RUNS) return std::nullopt;
+      result.glob += '*';
+      continue;
+    }
+    result.literal += c;
+    if (c == '*' || c == '?' || c == '[') {
+      result.glob += '[';
+      result.glob += c;
+      result.glob += ']';
+    } else {
+      result.glob += c;
+    }
+  }
+  return result;
+}
+
 std::string_view without_trailing_slash(std::string_view path) {
   while (path.ends_with('/')) path.remove_suffix(1);
   if (path.starts_with("./")) path.remove_prefix(2);
   return path == "." ? std::string_view() : path;
 }
 
-}  // namespace
-
-StoredRepository::StoredRepository(const std::filesystem::path& index_file, std::filesystem::path root)
-    : StoredRepository(index::open_for_reading(index_file), std::move(root)) {
-  connection_->begin_reading();
+/// How far from the root a path lies.
+std::ptrdiff_t depth_of(const std::string& path) {
+  return path.empty() ? 0 : 1 + std::ranges::count(path, '/');
 }
 
-StoredRepository::StoredRepository(std::shared_ptr<index::Connection> connection, std::filesystem::path root)
-    : connection_(std::move(connection)), root_(std::move(root)) {}
+}  // namespace
+
+StoredRepository::StoredRepository(std::unique_ptr<index::Snapshot> snapshot,
+                                   std::shared_ptr<const resolution::Resolved> shared,
+                                   std::filesystem::path root)
+    : snapshot_(std::move(snapshot)), resolver_(*snapshot_, std::move(shared)), root_(std::move(root)) {}
 
 SymbolMatches StoredRepository::search_symbols(const Text& pattern, std::int64_t limit,
                                                bool source_only) const {
-  const std::optional<NamePattern> names = NamePattern::from(pattern);
-  if (!names || limit < 0) return {};
-  return connection_->guard([&] {
-    static const std::string sql = "SELECT " + std::string(SYMBOL_COLUMNS) +
-                                   ", count(*) OVER () FROM names AS n CROSS JOIN named_symbols AS s "
-                                   "ON s.name_id = n.id "
-                                   "JOIN files AS f ON f.id = s.id >> 16 "
-                                   "WHERE n.lower GLOB ?1 AND f.is_source >= ?2 "
-                                   "ORDER BY n.lower <> ?3, substr(n.lower, 1, length(?3)) <> ?3, "
-                                   "length(n.lower), s.is_export DESC, f.path, s.id "
-                                   "LIMIT ?4";
-    SQLite::Statement& query = connection_->prepare(sql);
-    query.bind(1, names->glob);
-    query.bind(2, static_cast<int>(source_only));
-    query.bind(3, names->literal);
-    query.bind(4, limit);
-    SymbolMatches matches;
-    while (query.executeStep()) {
-      matches.symbols.push_back(read_symbol(query));
-      matches.total = query.getColumn(11).getInt64();
-    }
-    query.reset();
-    matches.truncated = matches.total > static_cast<std::int64_t>(matches.symbols.size());
-    return matches;
-  });
+  const std::optional<index::SymbolPattern> names = pattern_of(pattern, source_only);
+  return names && limit >= 0 ? snapshot_->find_symbols(*names, limit) : SymbolMatches();
 }
 
 std::optional<Component> StoredRepository::get_component_by_name(const Text& name) const {
-  return connection_->guard([&]() -> std::optional<Component> {
-    // A name that several share means the outermost of them; of two equally deep neither is meant more.
-    SQLite::Statement& query = connection_->prepare(
-        "SELECT id, 1000 * (name <> ?1) + (path <> '') + length(path) - length(replace(path, '/', '')) "
-        "FROM components WHERE name = ?1 OR path = ?2 ORDER BY 2, path LIMIT 2");
-    query.bind(1, std::string(name.view()));
-    query.bind(2, std::string(without_trailing_slash(name)));
-    std::vector<std::pair<std::int64_t, std::int64_t>> found;  // id, distance
-    while (query.executeStep())
-      found.emplace_back(query.getColumn(0).getInt64(), query.getColumn(1).getInt64());
-    query.reset();
-    const bool is_one = found.size() == 1 || (found.size() == 2 && found[0].second < found[1].second);
-    return is_one ? std::optional(Component{.id = found[0].first}) : std::nullopt;
-  });
+  const std::string_view path = without_trailing_slash(name);
+  // A name that several share means the outermost of them; of two equally deep neither is meant more.
+  using Rank = std::pair<bool, std::ptrdiff_t>;
+  Rank best;
+  std::vector<std::int64_t> found;
+  for (const index::StoredComponent& component : snapshot_->components()) {
+    const bool is_named = component.name == name.view();
+    if (!is_named && component.path != path) continue;
+    const Rank rank(!is_named, depth_of(component.path));
+    if (!found.empty() && best < rank) continue;
+    if (found.empty() || rank < best) found.clear();
+    best = rank;
+    found.push_back(component.id);
+  }
+  return found.size() == 1 ? std::optional(Component{.id = found[0]}) : std::nullopt;
 }
 
 std::vector<File> StoredRepository::get_files_by_component(std::int64_t component_id) const {
-  return connection_->guard([&] {
-    SQLite::Statement& query =
-        connection_->prepare("SELECT id FROM files WHERE component_id = ? AND skip IS NULL ORDER BY path");
-    query.bind(1, component_id);
-    std::vector<File> files;
-    while (query.executeStep()) files.push_back({.id = query.getColumn(0).getInt64()});
-    query.reset();
-    return files;
-  });
+  std::vector<std::pair<std::string_view, std::int64_t>> found;
+  for (const auto& [id, file] : snapshot_->files().all())
+    if (file.component_id == component_id) found.emplace_back(file.path, id);
+  std::ranges::sort(found);
+  std::vector<File> files;
+  files.reserve(found.size());
+  for (const auto& [path, id] : found) files.push_back({.id = id});
+  return files;
 }
 
 std::shared_ptr<const PathMap> StoredRepository::get_file_paths_batch(
     const std::vector<SymbolPtr>& symbols) const {
-  return connection_->guard([&] {
-    std::vector<std::int64_t> files;
-    for (const SymbolPtr& symbol : symbols) {
-      if (const auto file = symbol->file_id()) files.push_back(*file);
-    }
-    std::sort(files.begin(), files.end());
-    files.erase(std::unique(files.begin(), files.end()), files.end());
-    SQLite::Statement& query =
-        connection_->prepare("SELECT f.id, f.path FROM json_each(?) AS j JOIN files AS f ON f.id = j.value");
-    query.bind(1, index::json_array(files));
-    std::unordered_map<std::int64_t, Text> by_file;
-    while (query.executeStep())
-      by_file.emplace(query.getColumn(0).getInt64(), query.getColumn(1).getString());
-    query.reset();
-    auto paths = std::make_shared<Paths>();
-    for (const SymbolPtr& symbol : symbols) {
-      const auto found = by_file.find(symbol->file_id().value_or(0));
-      if (found != by_file.end() && symbol->id()) paths->add(*symbol->id(), found->second);
-    }
-    return paths;
-  });
+  std::unordered_map<std::int64_t, Text> by_file;  // so that symbols share the text
+  auto paths = std::make_shared<Paths>();
+  for (const SymbolPtr& symbol : symbols) {
+    const std::int64_t id = symbol->file_id().value_or(0);
+    const index::IndexedFile* const file = snapshot_->files().find(id);
+    if (file == nullptr || !symbol->id()) continue;
+    paths->add(*symbol->id(), by_file.try_emplace(id, file->path).first->second);
+  }
+  return paths;
 }
 
 std::shared_ptr<const PathSet> StoredRepository::test_paths(const std::vector<Text>& paths) const {
-  return connection_->guard([&] {
-    SQLite::Statement& query = connection_->prepare(
-        "SELECT DISTINCT f.path FROM json_each(?) AS j JOIN files AS f ON f.path = j.value WHERE f.is_test "
-        "ORDER BY 1");
-    query.bind(1, index::json_array(std::vector<std::string_view>(paths.begin(), paths.end())));
-    std::vector<Text> tests;
-    while (query.executeStep()) tests.emplace_back(query.getColumn(0).getString());
-    query.reset();
-    return std::make_shared<TestPaths>(std::move(tests));
-  });
+  const index::FileTable& files = snapshot_->files();
+  std::set<std::string_view> tests;
+  for (const Text& path : paths)
+    if (const auto* file = files.find(files.id_of(path)); file != nullptr && file->is_test)
+      tests.insert(file->path);
+  return std::make_shared<TestPaths>(std::vector<Text>(tests.begin(), tests.end()));
 }
 
 std::shared_ptr<const IdMap<SymbolPtr>> StoredRepository::symbols_with_paths(
     const std::vector<std::int64_t>& ids) const {
-  return connection_->guard([&] {
-    static const std::string sql = "SELECT " + std::string(SYMBOL_COLUMNS) +
-                                   " FROM json_each(?) AS j JOIN named_symbols AS s ON s.id = j.value";
-    SQLite::Statement& query = connection_->prepare(sql);
-    query.bind(1, index::json_array(ids));
-    std::unordered_map<std::int64_t, SymbolPtr> symbols;
-    for (SymbolPtr& symbol : read_symbols(query))
-      symbols.emplace(symbol->id().value_or(0), std::move(symbol));
-    return std::make_shared<HashIdMap<SymbolPtr>>(std::move(symbols));
-  });
+  std::unordered_map<std::int64_t, SymbolPtr> symbols;
+  for (SymbolPtr& symbol : snapshot_->symbols(ids))
+    symbols.emplace(symbol->id().value_or(0), std::move(symbol));
+  return std::make_shared<HashIdMap<SymbolPtr>>(std::move(symbols));
 }
 
 std::shared_ptr<const TestRecords> StoredRepository::find_covering_tests(
     const std::vector<Text>& paths) const {
-  return connection_->guard([&] { return resolution::covering_tests(*connection_, paths); });
+  return resolution::covering_tests(resolver_, paths);
 }
 
 std::vector<SymbolPtr> StoredRepository::get_symbols_by_file(std::int64_t file_id) const {
-  return connection_->guard([&] {
-    static const std::string sql = "SELECT " + std::string(SYMBOL_COLUMNS) +
-                                   " FROM named_symbols AS s "
-                                   "WHERE s.id BETWEEN ?1 << 16 AND ?1 << 16 | 65535 ORDER BY s.id";
-    SQLite::Statement& query = connection_->prepare(sql);
-    query.bind(1, file_id);
-    return read_symbols(query);
-  });
+  return snapshot_->symbols_in(file_id);
 }
 
 References StoredRepository::get_references(const Text& fqn) const {
-  return connection_->guard([&] {
-    std::vector<std::int64_t> ids;
-    for (const SymbolPtr& symbol : symbols_by_fqn(fqn)) ids.push_back(symbol->id().value_or(0));
-    return resolution::references_of(*connection_, ids, root_, MOST_REFERENCES);
-  });
+  std::vector<std::int64_t> ids;
+  for (const SymbolPtr& symbol : symbols_by_fqn(fqn)) ids.push_back(symbol->id().value_or(0));
+  return resolution::references_of(resolver_, ids, root_, MAX_REFERENCES);
 }
 
 SymbolPtr StoredRepository::get_symbol_by_fqn(const Text& fqn) const {
@@ -203,37 +178,25 @@ SymbolPtr StoredRepository::get_symbol_by_fqn(const Text& fqn) const {
 }
 
 std::vector<SymbolPtr> StoredRepository::symbols_by_fqn(const Text& fqn) const {
-  return connection_->guard([&] {
-    static const std::string sql = "SELECT " + std::string(SYMBOL_COLUMNS) +
-                                   " FROM named_symbols AS s "
-                                   "JOIN files AS f ON f.id = s.id >> 16 WHERE s.fqn_hash = ? AND s.fqn = ? "
-                                   "ORDER BY f.is_test, s.is_export DESC, f.path, s.id";
-    SQLite::Statement& query = connection_->prepare(sql);
-    query.bind(1, index::text_hash(fqn));
-    query.bind(2, std::string(fqn.view()));
-    return read_symbols(query);
-  });
+  return snapshot_->symbols_of_fqn(fqn);
 }
 
 std::shared_ptr<const IdMap<OrderKey>> StoredRepository::production_fan_in(
     const std::vector<std::int64_t>& ids) const {
-  return connection_->guard([&] {
-    using Caller = std::pair<std::int64_t, std::int64_t>;
-    std::unordered_map<std::int64_t, std::map<Caller, double>> callers;
-    for (const resolution::ResolvedUse& use :
-         resolution::Resolver(*connection_).uses_of(ids, resolution::Resolver::From::production)) {
-      if (use.type == index::IMPORT) continue;
-      double& weight = callers[use.target][{use.file, use.caller}];
-      weight = std::max(weight, use.weight);
-    }
-    std::unordered_map<std::int64_t, OrderKey> fan_in;
-    for (const auto& [id, weights] : callers) {
-      double sum = 0;
-      for (const auto& [caller, weight] : weights) sum += weight;
-      fan_in.emplace(id, OrderKey{.number = sum});
-    }
-    return std::make_shared<HashIdMap<OrderKey>>(std::move(fan_in));
-  });
+  using Caller = std::pair<std::int64_t, std::int64_t>;
+  std::unordered_map<std::int64_t, std::map<Caller, double>> callers;
+  for (const resolution::ResolvedUse& use : resolver_.uses_of(ids, resolution::Resolver::From::production)) {
+    if (use.type == index::UseType::import) continue;
+    double& weight = callers[use.target][{use.file, use.caller}];
+    weight = std::max(weight, use.weight);
+  }
+  std::unordered_map<std::int64_t, OrderKey> fan_in;
+  for (const auto& [id, weights] : callers) {
+    double sum = 0;
+    for (const auto& [caller, weight] : weights) sum += weight;
+    fan_in.emplace(id, OrderKey{.number = sum});
+  }
+  return std::make_shared<HashIdMap<OrderKey>>(std::move(fan_in));
 }
 
 }  // namespace tarnwick::repository

@@ -8,37 +8,34 @@
 #include <string>
 #include <vector>
 
-#include "index/connection.h"
+#include "index/snapshot.h"
+#include "resolution/resolver.h"
 #include "tarnwick/storage/repository.h"
 
 namespace tarnwick::repository {
 
-/// One state of an index, read through a connection and a read transaction of its own: what a writer commits
-/// later does not show. Make one for each build; where builds come often, over connections of a ReadPool.
+/// One state of an index. Make one for each build (store.h).
 ///
 /// Thread rule: one thread at a time. Symbols and other answers hold their values and outlive the repository,
 /// but for the context of references, which is read from the file when asked for. Errors: IndexError.
 ///
 /// Orders, all independent of the history of the index:
 ///   search_symbols        exact name, then prefix, then other matches, shorter names first, exported first,
-///   then by
-///                         path and position. Letter case is ignored as Unicode does; "_" stands for itself.
+///                         then by path and position. Letter case is ignored as Unicode does; "_" means
+///                         itself.
 ///   get_symbols_by_file   by position; get_files_by_component by path
 ///   get_symbol_by_fqn     of several with one qualified name: production before tests, exported first, then
-///   by path
-///                         and position
+///                         by path and position
 ///   get_references        production first, calls before other uses, imports last, surer before less sure,
-///   nearest
-///                         file, then by path and line; at most MOST_REFERENCES of `total`
-///   find_covering_tests   see covering_tests.h
+///                         nearest file, then by path and line; at most MAX_REFERENCES of `total`
+///   find_covering_tests   see test_reach.h
 class StoredRepository final : public Repository {
  public:
-  static constexpr std::size_t MOST_REFERENCES = 100;
+  static constexpr std::size_t MAX_REFERENCES = 100;
 
-  /// `root` is where references' contexts are read. Throws IndexError.
-  StoredRepository(const std::filesystem::path& index_file, std::filesystem::path root);
-  /// Over a connection inside a read transaction (read_pool.h).
-  StoredRepository(std::shared_ptr<index::Connection> connection, std::filesystem::path root);
+  /// `root` is where references' contexts are read, `shared` what is known of the snapshot's state.
+  StoredRepository(std::unique_ptr<index::Snapshot> snapshot,
+                   std::shared_ptr<const resolution::Resolved> shared, std::filesystem::path root);
 
   SymbolMatches search_symbols(const Text& pattern, std::int64_t limit, bool source_only) const override;
   /// By package name or by directory ("" and "." for the root); of several that share a name, the one nearest
@@ -64,11 +61,13 @@ class StoredRepository final : public Repository {
   /// Names and paths of components that resemble `name`, best first.
   std::vector<std::string> components_near(std::string_view name, std::size_t limit = 5) const;
 
-  /// For rankings of their own over the tables of schema.h; reads the same state.
-  index::Connection& connection() const { return *connection_; }
+  /// The state that this reads; for one thread, as this is.
+  index::Snapshot& snapshot() const { return *snapshot_; }
+  const resolution::Resolver& resolver() const { return resolver_; }
 
  private:
-  std::shared_ptr<index::Connection> connection_;
+  std::unique_ptr<index::Snapshot> snapshot_;
+  resolution::Resolver resolver_;
   std::filesystem::path root_;
 };
 

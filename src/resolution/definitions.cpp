@@ -2,33 +2,44 @@
 
 #include <algorithm>
 #include <functional>
-#include <string>
-#include <string_view>
-
-#include "index/file_list.h"
-#include "resolution/import_links.h"
+#include <optional>
 
 namespace tarnwick::resolution {
 namespace {
 
-std::uint64_t mix(std::uint64_t family, std::uint64_t salt, std::uint64_t place) {
-  return ((family * 0x9E3779B97F4A7C15U) ^ salt) * 0xC2B2AE3D27D4EB4FU ^ place;
+/// What definitions in one place have in common; values of one kind are compared with each other only.
+struct Place {
+  enum class Kind : std::uint64_t { family = 1, scope, directory };
+
+  Kind kind;
+  std::uint64_t family;
+  std::uint64_t value = 0;
+
+  std::uint64_t key() const {
+    const std::uint64_t mixed = (family * 0x9E3779B97F4A7C15U) ^ static_cast<std::uint64_t>(kind);
+    return mixed * 0xC2B2AE3D27D4EB4FU ^ value;
+  }
+};
+
+std::uint64_t family_place(const index::IndexedFile& file) {
+  return Place{Place::Kind::family, file.family}.key();
+}
+std::uint64_t scope_place(const index::IndexedFile& file, std::uint64_t scope) {
+  return Place{Place::Kind::scope, file.family, scope}.key();
+}
+std::uint64_t directory_place(const index::IndexedFile& file) {
+  const std::string_view path = file.path;
+  const auto directory = std::hash<std::string_view>()(path.substr(0, path.rfind('/') + 1));
+  return Place{Place::Kind::directory, file.family, directory}.key();
 }
 
-// The kinds of places, each a key of its own.
-std::uint64_t family_place(const index::ListedFile& file) {
-  return mix(file.family, 1, 0);
-}
-std::uint64_t scope_place(const index::ListedFile& file, std::uint64_t scope) {
-  return mix(file.family, 2, scope);
-}
-std::uint64_t directory_place(const index::ListedFile& file) {
-  const std::string_view path = file.path;
-  return mix(file.family, 3, std::hash<std::string_view>()(path.substr(0, path.rfind('/') + 1)));
+bool is_identifier(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+         static_cast<unsigned char>(c) >= 0x80;
 }
 
 /// Of several definitions in reach, those that the qualifier or the scope of the use points at.
-std::vector<const Definition*> narrowed(const StoredUse& use, std::vector<const Definition*> all) {
+std::vector<const Definition*> narrowed(const FileUse& use, std::vector<const Definition*> all) {
   if (all.size() < 2) return all;
   std::vector<const Definition*> fitting;
   for (const Definition* definition : all) {
@@ -41,41 +52,37 @@ std::vector<const Definition*> narrowed(const StoredUse& use, std::vector<const 
 
 }  // namespace
 
-Definitions::Definitions(index::Connection& connection, std::int64_t name_id) {
-  const auto& files = connection.fact<index::FileList>();
-  const auto& links = connection.fact<ImportLinks>();
-  SQLite::Statement& query = connection.prepare(
-      "SELECT s.id, s.parent, s.fqn_hash, c.scope FROM symbols AS s JOIN scopes AS c "
-      "ON c.id = (s.id & ~65535) + s.scope WHERE s.name_id = ? ORDER BY s.id");
-  query.bind(1, name_id);
-  while (query.executeStep()) {
-    const std::int64_t id = query.getColumn(0).getInt64();
-    const index::ListedFile* const file = files.find(index::file_of(id));
+std::uint64_t scope_key(std::string_view text) {
+  std::size_t end = text.size();
+  while (end > 0 && !is_identifier(text[end - 1])) --end;
+  std::size_t begin = end;
+  while (begin > 0 && is_identifier(text[begin - 1])) --begin;
+  return begin == end ? 0 : std::hash<std::string_view>()(text.substr(begin, end - begin));
+}
+
+Definitions::Definitions(const index::Reader& reader, const ImportLinks& links, std::int64_t name_id) {
+  for (const index::NamedDefinition& definition : reader.definitions_of(name_id)) {
+    const std::int64_t file_id = index::file_of(definition.id);
+    const index::IndexedFile* const file = reader.files().find(file_id);
     if (file == nullptr) continue;
-    const SQLite::Column parent = query.getColumn(1);
     const auto position = static_cast<std::uint32_t>(all_.size());
-    all_.push_back(
-        {.id = id,
-         .parent_id = parent.isNull() ? 0 : index::symbol_id(index::file_of(id), parent.getInt64()),
-         .fqn_hash = query.getColumn(2).getInt64(),
-         .scope = scope_key(query.getColumn(3).getString())});
-    for (const std::uint64_t place :
-         {family_place(*file), scope_place(*file, all_.back().scope), directory_place(*file)})
+    const std::uint64_t scope = scope_key(definition.scope);
+    all_.push_back({definition.id, definition.parent_id, definition.fqn_hash, scope});
+    for (const std::uint64_t place : {family_place(*file), scope_place(*file, scope), directory_place(*file)})
       places_.emplace_back(place, position);
-    packages_.emplace_back(links.package_of(index::file_of(id)), position);
+    packages_.emplace_back(links.package_of(file_id), position);
   }
-  query.reset();
   std::sort(places_.begin(), places_.end());
   std::sort(packages_.begin(), packages_.end());
 }
 
-std::vector<const Definition*> Definitions::meant_by(index::Connection& connection,
-                                                     const StoredUse& use) const {
+std::vector<const Definition*> Definitions::meant_by(const FileUse& use, const index::Reader& reader,
+                                                     const ImportLinks& links) const {
   Found found = narrowed(use, in_file(use.file()));
   // Of a single one nothing is to be told apart: no need to know the imports.
-  if (found.empty() && all_.size() == 1) found = everywhere(connection, use);
-  if (found.empty()) found = narrowed(use, imported(connection, use.file()));
-  if (found.empty()) found = everywhere(connection, use);
+  if (found.empty() && all_.size() == 1) found = everywhere(use, reader.files());
+  if (found.empty()) found = narrowed(use, imported(use.file(), *links.imported_by(reader, use.file())));
+  if (found.empty()) found = everywhere(use, reader.files());
   return found;
 }
 
@@ -88,21 +95,20 @@ Definitions::Found Definitions::in_file(std::int64_t file) const {
   return found;
 }
 
-Definitions::Found Definitions::imported(index::Connection& connection, std::int64_t file) const {
-  const auto imported = connection.fact<ImportLinks>().imported_by(connection, file);
+Definitions::Found Definitions::imported(std::int64_t file, const Imported& imported) const {
   Found found;
-  if (all_.size() < imported->files.size()) {
+  if (all_.size() < imported.files.size()) {
     for (const Definition& definition : all_)
-      if (std::binary_search(imported->files.begin(), imported->files.end(), index::file_of(definition.id)))
+      if (std::binary_search(imported.files.begin(), imported.files.end(), index::file_of(definition.id)))
         found.push_back(&definition);
   } else {
-    for (const std::int64_t id : imported->files) {
+    for (const std::int64_t id : imported.files) {
       const Found inside = in_file(id);
       found.insert(found.end(), inside.begin(), inside.end());
     }
   }
   if (!found.empty()) return found;
-  for (const std::uint64_t package : imported->packages) {
+  for (const std::uint64_t package : imported.packages) {
     auto it = std::lower_bound(packages_.begin(), packages_.end(), std::pair(package, std::uint32_t{0}));
     for (; it != packages_.end() && it->first == package; ++it)
       if (index::file_of(all_[it->second].id) != file) found.push_back(&all_[it->second]);
@@ -110,8 +116,8 @@ Definitions::Found Definitions::imported(index::Connection& connection, std::int
   return found;
 }
 
-Definitions::Found Definitions::everywhere(index::Connection& connection, const StoredUse& use) const {
-  const index::ListedFile* const from = connection.fact<index::FileList>().find(use.file());
+Definitions::Found Definitions::everywhere(const FileUse& use, const index::FileTable& files) const {
+  const index::IndexedFile* const from = files.find(use.file());
   if (from == nullptr) return {};
   std::vector<std::uint64_t> tried = {directory_place(*from), family_place(*from)};
   if (use.qualifier != 0) tried.insert(tried.begin(), scope_place(*from, use.qualifier));
@@ -120,7 +126,7 @@ Definitions::Found Definitions::everywhere(index::Connection& connection, const 
     Found found;
     for (; it != places_.end() && it->first == place; ++it) {
       found.push_back(&all_[it->second]);
-      if (found.size() == MOST_OF_A_PLACE) return {};
+      if (found.size() == MAX_OF_A_PLACE) return {};
     }
     if (!found.empty()) return found;
   }

@@ -5,9 +5,6 @@
 #include <string>
 
 #include "facts/import_keys.h"
-#include "index/file_list.h"
-#include "index/packed_imports.h"
-#include "index/schema.h"
 
 namespace tarnwick::resolution {
 namespace {
@@ -16,9 +13,9 @@ using Parts = std::vector<std::string_view>;
 
 /// Files are looked up by up to this many parts at their ends, or by all; others would seldom tell more
 /// apart.
-constexpr std::size_t MOST_PARTS = 3;
+constexpr std::size_t MAX_PARTS = 3;
 
-constexpr std::size_t MOST_KEPT = std::size_t{1} << 20U;
+constexpr std::size_t MAX_KEPT = std::size_t{1} << 20U;
 
 /// The key of the last `count` parts.
 std::uint64_t key_of(const Parts& parts, std::size_t count) {
@@ -61,8 +58,8 @@ Parts relative_parts(std::string_view importer, std::string_view module) {
 
 }  // namespace
 
-ImportLinks::ImportLinks(index::Connection& connection) : imported_(MOST_KEPT), test_importers_(MOST_KEPT) {
-  for (const auto& [id, file] : connection.fact<index::FileList>().all()) {
+ImportLinks::ImportLinks(const index::Reader& reader) : imported_(MAX_KEPT), test_importers_(MAX_KEPT) {
+  for (const auto& [id, file] : reader.files().all()) {
     Parts parts = facts::file_parts(file.path);
     add(files_, parts, id);
     if (parts.size() < 2) continue;
@@ -78,7 +75,7 @@ ImportLinks::ImportLinks(index::Connection& connection) : imported_(MOST_KEPT), 
 template <class Value>
 void ImportLinks::add(Table<Value>& table, const Parts& parts, Value value) {
   table.emplace_back(path_key(parts), value);
-  for (std::size_t count = 1; count <= std::min(MOST_PARTS, parts.size()); ++count)
+  for (std::size_t count = 1; count <= std::min(MAX_PARTS, parts.size()); ++count)
     table.emplace_back(key_of(parts, count), value);
 }
 
@@ -88,69 +85,59 @@ void ImportLinks::append(const Table<Value>& table, const Module& module, std::v
     const auto begin = std::lower_bound(table.begin(), table.end(), std::pair(key, Value()));
     auto end = begin;
     while (end != table.end() && end->first == key) ++end;
-    if (static_cast<std::size_t>(end - begin) > MOST_MEANT) return true;
+    if (static_cast<std::size_t>(end - begin) > MAX_MEANT) return true;
     for (auto it = begin; it != end; ++it) meant.push_back(it->second);
     return begin != end;
   };
   const Parts& parts = module.parts;
   if (parts.empty() || (module.is_path && take(path_key(parts)))) return;
   const std::size_t least = std::min<std::size_t>(2, parts.size());
-  for (std::size_t count = std::min(MOST_PARTS, parts.size()); count >= least; --count)
+  for (std::size_t count = std::min(MAX_PARTS, parts.size()); count >= least; --count)
     if (take(key_of(parts, count))) return;
 }
 
-std::shared_ptr<const Imported> ImportLinks::imported_by(index::Connection& connection,
+std::shared_ptr<const Imported> ImportLinks::imported_by(const index::Reader& reader,
                                                          std::int64_t file) const {
-  return imported_.get(file, [&] { return read(connection, file); });
+  return imported_.get(file, [&] { return read(reader, file); });
 }
 
-Imported ImportLinks::read(index::Connection& connection, std::int64_t file) const {
+Imported ImportLinks::read(const index::Reader& reader, std::int64_t file) const {
   Imported imported;
-  const index::ListedFile* const importer = connection.fact<index::FileList>().find(file);
+  const index::IndexedFile* const importer = reader.files().find(file);
   if (importer == nullptr) return imported;
   const auto append_to_both = [&](const Module& module) {
     append(files_, module, imported.files);
     append(packages_, module, imported.packages);
   };
-  SQLite::Statement& query = connection.prepare("SELECT imports FROM imports WHERE file_id = ?");
-  query.bind(1, file);
-  const std::string packed = query.executeStep() ? query.getColumn(0).getString() : std::string();
-  query.reset();
-  for (const auto& [text, name] : index::unpack_imports(packed)) {
+  reader.imports_of(file, [&](std::string_view text, std::string_view name) {
     Module module{relative_parts(importer->path, text), true};
     if (module.parts.empty()) module = {facts::module_parts(text), false};
     append_to_both(module);
-    if (name.empty() || name == "*") continue;
+    if (name.empty() || name == "*") return;
     module.parts.emplace_back(name);  // the name may be that of a module itself
     append_to_both(module);
-  }
+  });
   sort_distinct(imported.files);
   sort_distinct(imported.packages);
   std::erase(imported.files, file);
   return imported;
 }
 
-std::shared_ptr<const std::vector<std::int64_t>> ImportLinks::test_importers_of(index::Connection& connection,
+std::shared_ptr<const std::vector<std::int64_t>> ImportLinks::test_importers_of(const index::Reader& reader,
                                                                                 std::int64_t file) const {
-  return test_importers_.get(file, [&] { return read_importers(connection, file); });
+  return test_importers_.get(file, [&] { return read_importers(reader, file); });
 }
 
-std::vector<std::int64_t> ImportLinks::read_importers(index::Connection& connection,
-                                                      std::int64_t file) const {
-  const auto& files = connection.fact<index::FileList>();
-  const index::ListedFile* const listed = files.find(file);
+std::vector<std::int64_t> ImportLinks::read_importers(const index::Reader& reader, std::int64_t file) const {
+  const index::FileTable& files = reader.files();
+  const index::IndexedFile* const listed = files.find(file);
   const Parts parts = listed == nullptr ? Parts() : facts::file_parts(listed->path);
-  std::vector<std::int64_t> importers;
-  if (parts.empty()) return importers;
-  SQLite::Statement& query =
-      connection.prepare("SELECT file_id FROM imported WHERE hash = ? ORDER BY file_id");
-  query.bind(1, index::text_hash(parts.back()));
-  while (query.executeStep()) importers.push_back(query.getColumn(0).getInt64());
-  query.reset();
+  if (parts.empty()) return {};
+  std::vector<std::int64_t> importers = reader.files_importing(parts.back());
   std::erase_if(importers, [&](std::int64_t importer) {
-    const index::ListedFile* const test = files.find(importer);
+    const index::IndexedFile* const test = files.find(importer);
     if (test == nullptr || !test->is_test) return true;
-    const auto imported = imported_by(connection, importer);
+    const auto imported = imported_by(reader, importer);
     return !std::binary_search(imported->files.begin(), imported->files.end(), file);
   });
   return importers;

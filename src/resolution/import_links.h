@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "index/connection.h"
+#include "index/reader.h"
 #include "resolution/memo.h"
 
 namespace tarnwick::resolution {
@@ -22,24 +22,23 @@ struct Imported {
 
 /// The imports of an index, tied to files: a relative one by the path that it spells, and any by the parts
 /// that it shares with files at their ends, at least two of a module of several. Of all files the ones that
-/// share the most are meant; what may still mean more than MOST_MEANT means none.
+/// share the most are meant; what may still mean more than MAX_MEANT means none.
 ///
-/// A SharedFacts: files are worked out when asked for, with the connection of whoever asks. Safe to share
-/// between threads.
+/// Files are worked out when asked for, over the reader of whoever asks. Safe to share between threads.
 class ImportLinks {
  public:
-  static constexpr std::size_t MOST_MEANT = 64;
+  static constexpr std::size_t MAX_MEANT = 64;
 
-  explicit ImportLinks(index::Connection& connection);
+  explicit ImportLinks(const index::Reader& reader);
 
   /// What the imports of a file mean.
-  std::shared_ptr<const Imported> imported_by(index::Connection& connection, std::int64_t file) const;
+  std::shared_ptr<const Imported> imported_by(const index::Reader& reader, std::int64_t file) const;
 
   /// The test files that import a file; a package that holds it does not count. Ascending.
-  std::shared_ptr<const std::vector<std::int64_t>> test_importers_of(index::Connection& connection,
+  std::shared_ptr<const std::vector<std::int64_t>> test_importers_of(const index::Reader& reader,
                                                                      std::int64_t file) const;
 
-  /// The package of a file: files in one directory share it, but for those that stand for the directory,
+  /// The package of a file: files in one directory share it, but for those that mean the directory,
   /// which belong to the one around it. 0: the root.
   std::uint64_t package_of(std::int64_t file) const {
     const auto found = packages_of_.find(file);
@@ -60,8 +59,8 @@ class ImportLinks {
   static void add(Table<Value>& table, const std::vector<std::string_view>& parts, Value value);
   template <class Value>
   static void append(const Table<Value>& table, const Module& module, std::vector<Value>& meant);
-  Imported read(index::Connection& connection, std::int64_t file) const;
-  std::vector<std::int64_t> read_importers(index::Connection& connection, std::int64_t file) const;
+  Imported read(const index::Reader& reader, std::int64_t file) const;
+  std::vector<std::int64_t> read_importers(const index::Reader& reader, std::int64_t file) const;
 
   Table<std::int64_t> files_;
   Table<std::uint64_t> packages_;

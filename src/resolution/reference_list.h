@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "index/connection.h"
+#include "resolution/resolver.h"
 #include "tarnwick/storage/repository.h"
 
 namespace tarnwick::resolution {
@@ -22,7 +22,7 @@ class PlacedReference : public Reference {
 
 /// The uses of those symbols, in the order that StoredRepository states, at most `limit` of the total.
 /// They are PlacedReferences, whose contexts are read below `root`.
-References references_of(index::Connection& connection, const std::vector<std::int64_t>& symbol_ids,
+References references_of(const Resolver& resolver, const std::vector<std::int64_t>& symbol_ids,
                          const std::filesystem::path& root, std::size_t limit);
 
 }  // namespace tarnwick::resolution

@@ -7,21 +7,19 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <unordered_map>
 #include <utility>
 
 #include "facts/import_keys.h"
-#include "index/file_list.h"
-#include "resolution/import_links.h"
-#include "resolution/resolver.h"
 #include "text/lowercase.h"
 
 namespace tarnwick::resolution {
 namespace {
 
 /// Less than this, and a test reaches a file by the common names of its symbols alone.
-constexpr double LEAST_REACH = 0.5;
+constexpr double MIN_REACH = 0.5;
 
 struct Reach {
   std::map<std::int64_t, double> symbols;  ///< by id, how surely the test uses it
@@ -32,17 +30,8 @@ struct Reach {
     for (const auto& [id, weight] : symbols) sum += weight;
     return sum;
   }
-  bool counts() const { return imports || symbol_count() >= LEAST_REACH; }
+  bool counts() const { return imports || symbol_count() >= MIN_REACH; }
 };
-
-using PathsById = std::unordered_map<std::int64_t, std::string>;
-
-PathsById read_paths(SQLite::Statement& query) {
-  PathsById paths;
-  while (query.executeStep()) paths.emplace(query.getColumn(0).getInt64(), query.getColumn(1).getString());
-  query.reset();
-  return paths;
-}
 
 /// The name of a test file without what marks it as one, lowercased: `test_parser.py`, `ParserTest.java` →
 /// parser.
@@ -119,35 +108,31 @@ class Records final : public TestRecords {
 /// What each test file (by id) reaches of each source file (by id).
 using Reaches = std::map<std::int64_t, std::map<std::int64_t, Reach>>;
 
-void reach_by_use(index::Connection& connection, const PathsById& sources, Reaches& reaches) {
-  std::vector<std::int64_t> ids;
-  for (const auto& [id, path] : sources) ids.push_back(id);
-  SQLite::Statement& query = connection.prepare(
-      "SELECT s.id FROM json_each(?) AS j JOIN symbols AS s ON s.id BETWEEN j.value << 16 AND j.value << 16 "
-      "| 65535");
-  query.bind(1, index::json_array(ids));
+/// Source files by id, with their paths.
+using Sources = std::map<std::int64_t, std::string_view>;
+
+void reach_by_use(const Resolver& resolver, const Sources& sources, Reaches& reaches) {
   std::vector<std::int64_t> symbols;
-  while (query.executeStep()) symbols.push_back(query.getColumn(0).getInt64());
-  query.reset();
-  for (const ResolvedUse& use : Resolver(connection).uses_of(symbols, Resolver::From::tests)) {
-    double& weight = reaches[use.target >> 16][use.file].symbols[use.target];
+  for (const auto& [id, path] : sources)
+    for (std::int64_t position = 1; position <= resolver.reader().files().find(id)->symbols; ++position)
+      symbols.push_back(index::symbol_id(id, position));
+  for (const ResolvedUse& use : resolver.uses_of(symbols, Resolver::From::tests)) {
+    double& weight = reaches[index::file_of(use.target)][use.file].symbols[use.target];
     weight = std::max(weight, use.weight);
   }
 }
 
-void reach_by_import(index::Connection& connection, const PathsById& sources, Reaches& reaches) {
-  const auto& links = connection.fact<ImportLinks>();
+void reach_by_import(const Resolver& resolver, const Sources& sources, Reaches& reaches) {
   for (const auto& [source, path] : sources)
-    for (const std::int64_t test : *links.test_importers_of(connection, source))
-      reaches[source][test].imports = true;
+    for (const std::int64_t test : *resolver.test_importers_of(source)) reaches[source][test].imports = true;
 }
 
-void rank_tests(const std::string& source, const std::map<std::int64_t, Reach>& tests,
-                const index::FileList& files, Records& records) {
+void rank_tests(std::string_view source, const std::map<std::int64_t, Reach>& tests,
+                const index::FileTable& files, Records& records) {
   using Key = std::tuple<int, double, bool, std::size_t, std::string>;
   std::vector<Key> keys;
   for (const auto& [id, reach] : tests) {
-    const index::ListedFile* const test = files.find(id);
+    const index::IndexedFile* const test = files.find(id);
     if (test == nullptr || !test->is_test || !reach.counts()) continue;
     keys.emplace_back(name_distance(test->path, source), -reach.symbol_count(), !reach.imports,
                       path_distance(test->path, source), test->path);
@@ -155,7 +140,7 @@ void rank_tests(const std::string& source, const std::map<std::int64_t, Reach>& 
   std::sort(keys.begin(), keys.end());
   for (std::size_t rank = 0; rank < keys.size(); ++rank) {
     const std::string& test = std::get<std::string>(keys[rank]);
-    records.of(test).add(source, std::make_shared<RankedTest>(rank, test));
+    records.of(test).add(Text(source), std::make_shared<RankedTest>(rank, test));
   }
 }
 
@@ -173,18 +158,15 @@ std::size_t path_distance(std::string_view a, std::string_view b) {
   return directories(a) + directories(b);
 }
 
-std::shared_ptr<const TestRecords> covering_tests(index::Connection& connection,
-                                                  const std::vector<Text>& paths) {
-  auto records = std::make_shared<Records>();
-  if (paths.empty()) return records;
-  SQLite::Statement& query = connection.prepare(
-      "SELECT DISTINCT f.id, f.path FROM json_each(?) AS j JOIN files AS f ON f.path = j.value");
-  query.bind(1, index::json_array(std::vector<std::string_view>(paths.begin(), paths.end())));
-  const PathsById sources = read_paths(query);
+std::shared_ptr<const TestRecords> covering_tests(const Resolver& resolver, const std::vector<Text>& paths) {
+  const index::FileTable& files = resolver.reader().files();
+  Sources sources;
+  for (const Text& path : paths)
+    if (const std::int64_t id = files.id_of(path); id != 0) sources.emplace(id, files.find(id)->path);
   Reaches reaches;
-  reach_by_use(connection, sources, reaches);
-  reach_by_import(connection, sources, reaches);
-  const auto& files = connection.fact<index::FileList>();
+  reach_by_use(resolver, sources, reaches);
+  reach_by_import(resolver, sources, reaches);
+  auto records = std::make_shared<Records>();
   for (const auto& [source, reached] : reaches) rank_tests(sources.at(source), reached, files, *records);
   return records;
 }

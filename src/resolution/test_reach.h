@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "index/connection.h"
+#include "resolution/resolver.h"
 #include "tarnwick/storage/repository.h"
 
 namespace tarnwick::resolution {
@@ -12,15 +12,13 @@ namespace tarnwick::resolution {
 /// The test files that import one of the files or use a symbol that it defines, closest first for each file:
 ///
 ///   1. those named after it (`test_parser.py`, `parser_test.go`, `ParserTest.java`, `parser.spec.ts`), then
-///   those
-///      whose names hold its name as a part, then the others,
+///      those whose names hold its name as a part, then the others,
 ///   2. by the number of its symbols that they use, one that may mean several definitions counting in parts,
 ///   3. those that import it,
 ///   4. by the number of directories between the two, then by path.
 ///
-/// A bounded number of queries, whatever the number of files. The answer outlives the connection.
-std::shared_ptr<const TestRecords> covering_tests(index::Connection& connection,
-                                                  const std::vector<Text>& paths);
+/// The answer outlives the resolver.
+std::shared_ptr<const TestRecords> covering_tests(const Resolver& resolver, const std::vector<Text>& paths);
 
 /// How many directories lie between two files.
 std::size_t path_distance(std::string_view a, std::string_view b);

@@ -1,8 +1,5 @@
 #include "retrieval/call_search.h"
 
-#include "index/file_record.h"
-#include "resolution/resolver.h"
-
 namespace tarnwick::retrieval {
 namespace {
 
@@ -15,20 +12,20 @@ std::vector<std::int64_t> ids_of(const std::vector<RowScore>& symbols) {
 
 }  // namespace
 
-Scores callers_of(index::Connection& connection, const std::vector<RowScore>& symbols) {
+Scores callers_of(const resolution::Resolver& resolver, const std::vector<RowScore>& symbols) {
   const Scores scores = scores_of(symbols);
   Scores callers;
   for (const resolution::ResolvedUse& use :
-       resolution::Resolver(connection).uses_of(ids_of(symbols), resolution::Resolver::From::production))
-    if (use.type == index::CALL && use.caller != 0)
+       resolver.uses_of(ids_of(symbols), resolution::Resolver::From::production))
+    if (use.type == index::UseType::call && use.caller != 0)
       raise(callers, use.caller, scores.at(use.target) * use.weight);
   return callers;
 }
 
-Scores used_by(index::Connection& connection, const std::vector<RowScore>& symbols) {
+Scores used_by(const resolution::Resolver& resolver, const std::vector<RowScore>& symbols) {
   const Scores scores = scores_of(symbols);
   Scores used;
-  for (const resolution::ResolvedUse& use : resolution::Resolver(connection).used_by(ids_of(symbols)))
+  for (const resolution::ResolvedUse& use : resolver.used_by(ids_of(symbols)))
     raise(used, use.target, scores.at(use.caller) * use.weight);
   return used;
 }

@@ -3,16 +3,16 @@
 
 #include <vector>
 
-#include "index/connection.h"
-#include "retrieval/text_search.h"
+#include "resolution/resolver.h"
+#include "retrieval/scores.h"
 
 namespace tarnwick::retrieval {
 
 /// Who calls the symbols in production code: the greatest score of a symbol that is called, less where a call
 /// may mean several symbols.
-Scores callers_of(index::Connection& connection, const std::vector<RowScore>& symbols);
+Scores callers_of(const resolution::Resolver& resolver, const std::vector<RowScore>& symbols);
 
 /// What the symbols use, by the same measure.
-Scores used_by(index::Connection& connection, const std::vector<RowScore>& symbols);
+Scores used_by(const resolution::Resolver& resolver, const std::vector<RowScore>& symbols);
 
 }  // namespace tarnwick::retrieval

@@ -2,24 +2,21 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
 #include <vector>
 
-#include "index/past_commits.h"
-#include "index/schema.h"
 #include "retrieval/bm25.h"
 #include "text/lowercase.h"
 
 namespace tarnwick::retrieval {
 namespace {
 
-using index::Connection;
-
 /// How many commits are asked what they changed.
-constexpr std::size_t MOST_COMMITS = 100;
+constexpr std::size_t MAX_COMMITS = 100;
 
 /// A name that a commit touched in a file of today.
 struct TouchedName {
@@ -35,71 +32,60 @@ struct FoundCommit {
   std::vector<TouchedName> touched;
 };
 
-/// The commits of an index that tell something, and how long their subjects are.
-class History {
- public:
-  explicit History(Connection& connection) : history_(index::read_commits(connection)) {
-    std::erase_if(history_.commits, [](const index::PastCommit& commit) { return commit.changed.empty(); });
-    std::ranges::reverse(history_.commits);  // of equal ones the older comes first
-    double sum = 0;
-    for (const index::PastCommit& commit : history_.commits) {
-      sizes_.push_back(static_cast<std::uint32_t>(commit.words.size()));
-      sum += static_cast<double>(commit.words.size());
-    }
-    if (sum > 0) average_ = sum / static_cast<double>(sizes_.size());
+/// The commits whose subjects hold any of the words, by their positions counted from the oldest: of equal
+/// ones the older comes first.
+std::vector<RowScore> search(const std::vector<std::reference_wrapper<const index::PastCommit>>& commits,
+                             const words::Vocabulary& texts, const SearchWords& words) {
+  std::vector<std::uint32_t> sizes;
+  double sum = 0;
+  for (const index::PastCommit& commit : commits) {
+    sizes.push_back(static_cast<std::uint32_t>(commit.words.size()));
+    sum += static_cast<double>(commit.words.size());
   }
-
-  std::string_view text(std::uint32_t number) const { return history_.texts.word(number); }
-  const index::PastCommit& commit(std::int64_t number) const {
-    return history_.commits[static_cast<std::size_t>(number)];
+  Bm25 bm25(sizes, sum > 0 ? sum / static_cast<double>(sizes.size()) : 1);
+  for (const std::string& word : words.words) {
+    const std::optional<std::uint32_t> number = texts.find(word);
+    for (std::size_t n = 0; number && n < sizes.size(); ++n)
+      if (const auto count = std::ranges::count(commits[n].get().words, *number); count > 0)
+        bm25.add(n, static_cast<double>(count));
+    bm25.end_word();
   }
+  std::vector<RowScore> rows;
+  for (std::size_t n = 0; n < sizes.size(); ++n)
+    if (bm25.scores()[n] > 0) rows.push_back({static_cast<std::int64_t>(n), bm25.scores()[n]});
+  return rows;
+}
 
-  /// The commits whose subjects hold any of the words, the oldest being 0.
-  std::vector<RowScore> search(const SearchWords& words) const {
-    Bm25 bm25(sizes_, average_);
-    for (const std::string& word : words.words) {
-      const std::optional<std::uint32_t> number = history_.texts.find(word);
-      for (std::size_t n = 0; number && n < sizes_.size(); ++n)
-        if (const auto count = std::ranges::count(history_.commits[n].words, *number); count > 0)
-          bm25.add(n, static_cast<double>(count));
-      bm25.end_word();
-    }
-    std::vector<RowScore> rows;
-    for (std::size_t n = 0; n < sizes_.size(); ++n)
-      if (bm25.scores()[n] > 0) rows.push_back({static_cast<std::int64_t>(n), bm25.scores()[n]});
-    return rows;
+FoundCommit found_commit(const index::PastCommit& past, double score, const index::PastCommits& history,
+                         const index::FileTable& files) {
+  // Squared: one commit that says nearly the same outweighs many that share a word.
+  FoundCommit commit{.score = score * score, .files = past.changed.size(), .today = {}, .touched = {}};
+  for (const index::ChangedFile& changed : past.changed) {
+    const std::int64_t id = files.id_of(history.texts.word(changed.path));
+    if (id == 0 || !files.find(id)->is_source) continue;
+    commit.today.push_back(id);
+    for (const std::uint32_t name : changed.names)
+      commit.touched.push_back({id, std::string(history.texts.word(name))});
   }
+  return commit;
+}
 
- private:
-  index::PastCommits history_;
-  std::vector<std::uint32_t> sizes_;
-  double average_ = 1;
-};
-
-std::vector<FoundCommit> found_commits(const History& history, const FileTable& files,
-                                       const SearchWords& words) {
+std::vector<FoundCommit> found_commits(const index::Reader& reader, const SearchWords& words) {
+  const index::PastCommits& history = reader.past_commits();
+  std::vector<std::reference_wrapper<const index::PastCommit>> telling;
+  for (auto commit = history.commits.rbegin(); commit != history.commits.rend(); ++commit)
+    if (!commit->changed.empty()) telling.emplace_back(*commit);
   std::vector<FoundCommit> commits;
-  for (const RowScore& row : best(history.search(words), MOST_COMMITS)) {
-    const index::PastCommit& past = history.commit(row.id);
-    // Squared: one commit that says nearly the same outweighs many that share a word.
-    FoundCommit commit{
-        .score = row.score * row.score, .files = past.changed.size(), .today = {}, .touched = {}};
-    for (const index::ChangedFile& changed : past.changed) {
-      const auto file = files.id_of(std::string(history.text(changed.path)));
-      if (!file) continue;
-      commit.today.push_back(*file);
-      for (const std::uint32_t name : changed.names)
-        commit.touched.push_back({*file, std::string(history.text(name))});
-    }
-    commits.push_back(std::move(commit));
-  }
+  for (const auto& [number, score] : best(search(telling, history.texts, words), MAX_COMMITS))
+    commits.push_back(
+        found_commit(telling[static_cast<std::size_t>(number)], score, history, reader.files()));
   return commits;
 }
 
 /// The symbols of today by file and name.
 class Defined {
  public:
-  Defined(Connection& connection, const std::vector<FoundCommit>& commits) {
+  Defined(const index::Reader& reader, const std::vector<FoundCommit>& commits) {
     std::unordered_set<std::string> names;  // in lowercase, by which the index finds them
     std::unordered_set<std::int64_t> files;
     for (const FoundCommit& commit : commits) {
@@ -108,17 +94,10 @@ class Defined {
         files.insert(touched.file);
       }
     }
-    // CROSS: from the few names to their symbols, never the other way round.
-    SQLite::Statement& query = connection.prepare(
-        "SELECT s.id, n.name FROM json_each(?) AS j CROSS JOIN names AS n ON n.lower = j.value "
-        "CROSS JOIN symbols AS s ON s.name_id = n.id");
-    query.bind(1, index::json_array(std::vector<std::string_view>(names.begin(), names.end())));
-    while (query.executeStep()) {
-      const std::int64_t id = query.getColumn(0).getInt64();
-      if (files.contains(index::file_of(id)))
-        symbols_[key(index::file_of(id), query.getColumn(1).getString())].push_back(id);
-    }
-    query.reset();
+    reader.all_bearers({names.begin(), names.end()}, [&](std::int64_t id, std::string_view name) {
+      const std::int64_t file = index::file_of(id);
+      if (files.contains(file)) symbols_[key(file, name)].push_back(id);
+    });
   }
 
   const std::vector<std::int64_t>* find(const TouchedName& touched) const {
@@ -136,9 +115,9 @@ class Defined {
 
 }  // namespace
 
-HistoryScores search_history(Connection& connection, const FileTable& files, const SearchWords& words) {
-  const std::vector<FoundCommit> commits = found_commits(connection.fact<History>(), files, words);
-  const Defined defined(connection, commits);
+HistoryScores search_history(const index::Reader& reader, const SearchWords& words) {
+  const std::vector<FoundCommit> commits = found_commits(reader, words);
+  const Defined defined(reader, commits);
   HistoryScores scores;
   for (const FoundCommit& commit : commits) {
     const double file_share = commit.score / std::sqrt(static_cast<double>(commit.files));

@@ -1,8 +1,7 @@
 // Past commits whose subjects resemble a task.
 #pragma once
 
-#include "index/connection.h"
-#include "retrieval/file_table.h"
+#include "index/reader.h"
 #include "retrieval/text_search.h"
 
 namespace tarnwick::retrieval {
@@ -13,8 +12,7 @@ struct HistoryScores {
   Scores symbols;
 };
 
-/// Empty where the index holds no history. Throws SQLite::Exception when it cannot be asked, and IndexError
-/// (damaged).
-HistoryScores search_history(index::Connection& connection, const FileTable& files, const SearchWords& words);
+/// Empty where the index holds no history. Throws IndexError.
+HistoryScores search_history(const index::Reader& reader, const SearchWords& words);
 
 }  // namespace tarnwick::retrieval

@@ -9,11 +9,11 @@
 #include <unordered_set>
 #include <utility>
 
-#include "index/schema.h"
+#include "index/errors.h"
 #include "retrieval/call_search.h"
-#include "retrieval/file_table.h"
 #include "retrieval/history_search.h"
 #include "retrieval/name_search.h"
+#include "retrieval/place.h"
 #include "retrieval/task_words.h"
 #include "retrieval/text_search.h"
 #include "words/words.h"
@@ -21,11 +21,10 @@
 namespace tarnwick::retrieval {
 namespace {
 
-using index::Connection;
 using index::file_of;
 
 /// How many words of a task are searched for: those of a long description.
-constexpr std::size_t MOST_WORDS = 32;
+constexpr std::size_t MAX_WORDS = 32;
 /// How many symbols are weighed by all signals.
 constexpr std::size_t CANDIDATES = 500;
 /// How many symbols with the most text lend to their callers and to what they use.
@@ -46,11 +45,12 @@ bool is_inline_test(std::string fqn) {
 /// One ranking: gathers each signal in turn, then folds them for every symbol that any of them found.
 class Ranking {
  public:
-  Ranking(Connection& connection, std::string_view task, bool include_tests)
-      : connection_(&connection),
+  Ranking(const resolution::Resolver& resolver, std::string_view task, bool include_tests)
+      : resolver_(&resolver),
+        reader_(&resolver.reader()),
         task_(task),
         words_(SearchWords::of(task)),
-        files_(connection.fact<FileTable>()),
+        files_(reader_->files()),
         include_tests_(include_tests) {}
 
   void gather() {
@@ -75,12 +75,12 @@ class Ranking {
     return a.score != b.score ? a.score > b.score : a.symbol_id < b.symbol_id;
   }
 
-  /// Runs one step; a table that fails costs the step's signals. A damaged file shows in the steps that
-  /// follow.
+  /// Runs one step; a table that fails costs the step's signals. Damage is for the index to repair.
   void guarded(const char* what, const std::function<void()>& step) {
     try {
       step();
-    } catch (const SQLite::Exception& error) {
+    } catch (const index::IndexError& error) {
+      if (error.kind() == index::IndexError::Kind::damaged) throw;
       if (unasked_.empty() || unasked_.back() != what) unasked_.emplace_back(what);
     }
   }
@@ -93,14 +93,13 @@ class Ranking {
   }
 
   bool admits(std::int64_t file) const {
-    const RankedFile* found = files_.find(file);
-    return found && (include_tests_ || !found->is_test);
+    const index::IndexedFile* found = files_.find(file);
+    return found != nullptr && found->is_source && (include_tests_ || !found->is_test);
   }
 
   void gather_text() {
-    if (words_.words.size() > MOST_WORDS)
-      words_.keep_most_telling(MOST_WORDS, word_weights(*connection_, words_));
-    TextScores found = search_text(*connection_, words_);
+    if (words_.words.size() > MAX_WORDS) words_.keep_most_telling(MAX_WORDS, word_weights(*reader_, words_));
+    TextScores found = search_text(*reader_, words_);
     weights_ = std::move(found.weights);
     for (std::vector<RowScore>* rows : {&found.symbols, &found.names})
       std::erase_if(*rows, [&](const RowScore& row) { return !admits(file_of(row.id)); });
@@ -141,7 +140,7 @@ class Ranking {
   }
 
   void gather_history() {
-    HistoryScores scores = search_history(*connection_, files_, words_);
+    HistoryScores scores = search_history(*reader_, words_);
     std::erase_if(scores.files, [&](const auto& entry) { return !admits(entry.first); });
     std::erase_if(scores.symbols, [&](const auto& entry) { return !admits(file_of(entry.first)); });
     normalise(scores.files);
@@ -151,13 +150,13 @@ class Ranking {
   }
 
   void gather_names() {
-    exact_ = search_names(*connection_, names_of(task_));
+    exact_ = search_names(*reader_, names_of(task_));
     std::erase_if(exact_, [&](const auto& entry) { return !admits(file_of(entry.first)); });
   }
 
   void gather_calls() {
-    uses_ = callers_of(*connection_, lenders_);
-    used_ = used_by(*connection_, lenders_);
+    uses_ = callers_of(*resolver_, lenders_);
+    used_ = used_by(*resolver_, lenders_);
     for (Scores* scores : {&uses_, &used_})
       std::erase_if(*scores, [&](const auto& entry) { return !admits(file_of(entry.first)); });
   }
@@ -169,21 +168,15 @@ class Ranking {
     for (const std::int64_t id : found_ids()) rows.push_back({id, fold(signals_of(id))});
     std::vector<std::int64_t> ids;
     for (const RowScore& row : best(std::move(rows), CANDIDATES)) ids.push_back(row.id);
-    SQLite::Statement& query = connection_->prepare(
-        "SELECT s.id, s.kind, s.fqn, s.end_line - s.start_line + 1 FROM json_each(?) AS j CROSS JOIN "
-        "named_symbols AS s ON s.id = j.value");
-    query.bind(1, index::json_array(ids));
     std::vector<ExplainedHit> hits;
-    while (query.executeStep()) {
-      ExplainedHit hit{query.getColumn(0).getInt64(), query.getColumn(1).getString(), {}, 0};
-      hit.signals = signals_of(hit.symbol_id);
+    for (index::SymbolHead& symbol : reader_->heads(ids)) {
+      ExplainedHit hit{symbol.id, std::move(symbol.kind), signals_of(symbol.id), 0};
       hit.signals.callable = hit.kind == "function" || hit.kind == "method" ? 1 : 0;
-      hit.signals.size = size_of(query.getColumn(3).getInt64());
-      if (is_inline_test(query.getColumn(2).getString())) hit.signals.place *= TEST_PLACE;
+      hit.signals.size = size_of(symbol.lines);
+      if (is_inline_test(std::move(symbol.fqn))) hit.signals.place *= TEST_PLACE;
       hit.score = fold(hit.signals);
       hits.push_back(std::move(hit));
     }
-    query.reset();
     return hits;
   }
 
@@ -210,19 +203,27 @@ class Ranking {
             .named = value_of(named_, id),
             .callable = 0,
             .size = 0,
-            .place = files_.find(file)->place};
+            .place = place_in(file)};
   }
 
-  Connection* connection_;
+  /// Symbols come by file: most ask for the place of the one before.
+  double place_in(std::int64_t file) const {
+    if (file != place_.first) place_ = {file, place_of(*files_.find(file))};
+    return place_.second;
+  }
+
+  const resolution::Resolver* resolver_;
+  const index::Reader* reader_;
   std::string_view task_;
   SearchWords words_;
-  const FileTable& files_;  // shared with other rankings of this state
+  const index::FileTable& files_;
   bool include_tests_;
   std::vector<std::string> unasked_;
   std::unordered_map<std::string, double> weights_;      // of the task's words
   std::vector<RowScore> lenders_;                        // the symbols with the most text, best first
   Scores text_, named_, touched_, exact_, uses_, used_;  // by symbol
   Scores file_, history_, path_, area_;                  // by file
+  mutable std::pair<std::int64_t, double> place_;        // a file and its place
 };
 
 class RankedHit final : public Hit {
@@ -243,12 +244,9 @@ class RankedHit final : public Hit {
 ExplainedRanking IndexRetriever::explain(std::string_view task, std::int64_t limit,
                                          bool include_tests) const {
   if (limit <= 0) return {};
-  Connection& connection = repository_->connection();
-  return connection.guard([&] {
-    Ranking ranking(connection, task, include_tests);
-    ranking.gather();
-    return ranking.rank(static_cast<std::size_t>(limit));
-  });
+  Ranking ranking(*resolver_, task, include_tests);
+  ranking.gather();
+  return ranking.rank(static_cast<std::size_t>(limit));
 }
 
 RetrievalResult IndexRetriever::retrieve(const Text& task, std::int64_t limit, bool include_tests) const {

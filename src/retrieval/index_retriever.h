@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "repository/stored_repository.h"
+#include "resolution/resolver.h"
 #include "retrieval/signals.h"
 #include "tarnwick/workers/retrieval.h"
 
@@ -28,11 +28,12 @@ struct ExplainedRanking {
 /// Ranks the symbols of source files by signals from text, names, calls and history (signals.h).
 ///
 /// Deterministic for one state of the index. A search table or history that cannot be asked costs its signals
-/// and leads to a note; an index without history is no reason for one. Thread rule: as the repository, which
-/// must outlive this. Errors: IndexError when the index file itself cannot be read.
+/// and leads to a note; an index without history is no reason for one. A damaged index is
+/// an IndexError, as is one that cannot be read at all. Thread rule: as the resolver, which must outlive
+/// this.
 class IndexRetriever final : public HybridRetriever {
  public:
-  explicit IndexRetriever(const repository::StoredRepository& repository) : repository_(&repository) {}
+  explicit IndexRetriever(const resolution::Resolver& resolver) : resolver_(&resolver) {}
 
   RetrievalResult retrieve(const Text& task, std::int64_t limit, bool include_tests) const override;
 
@@ -40,7 +41,7 @@ class IndexRetriever final : public HybridRetriever {
   ExplainedRanking explain(std::string_view task, std::int64_t limit, bool include_tests) const;
 
  private:
-  const repository::StoredRepository* repository_;
+  const resolution::Resolver* resolver_;
 };
 
 }  // namespace tarnwick::retrieval

@@ -10,10 +10,8 @@
 namespace tarnwick::retrieval {
 namespace {
 
-using index::Connection;
-
 /// Names that more symbols bear than these say nothing.
-constexpr std::size_t MOST_BEARERS = 100;
+constexpr std::size_t MAX_BEARERS = 100;
 
 /// A name as its last part and what stands before that.
 struct WrittenName {
@@ -41,26 +39,7 @@ WrittenName take_apart(std::string_view name) {
   return {last, last_word(name.substr(0, before))};
 }
 
-struct Bearer {
-  std::int64_t id = 0;
-  std::string name;
-  std::string fqn;
-};
-
-std::vector<Bearer> bearers_of(Connection& connection, std::string_view name) {
-  std::vector<Bearer> bearers;
-  SQLite::Statement& query =
-      connection.prepare("SELECT id, name, fqn FROM named_symbols WHERE lower = ? LIMIT ?");
-  query.bind(1, text::lowercase(name));
-  query.bind(2, static_cast<std::int64_t>(MOST_BEARERS + 1));
-  while (query.executeStep())
-    bearers.push_back(
-        {query.getColumn(0).getInt64(), query.getColumn(1).getString(), query.getColumn(2).getString()});
-  query.reset();
-  return bearers;
-}
-
-double certainty(const WrittenName& written, const Bearer& bearer) {
+double certainty(const WrittenName& written, const index::SymbolHead& bearer) {
   double value = bearer.name == written.last ? 1 : 0.7;
   if (written.scope.empty()) return value;
   std::string_view scope = bearer.fqn;
@@ -71,15 +50,16 @@ double certainty(const WrittenName& written, const Bearer& bearer) {
 
 }  // namespace
 
-Scores search_names(Connection& connection, const std::vector<std::string>& names) {
+Scores search_names(const index::Reader& reader, const std::vector<std::string>& names) {
   Scores scores;
   for (const std::string& name : names) {
     const WrittenName written = take_apart(name);
     if (written.last.empty()) continue;
-    const std::vector<Bearer> bearers = bearers_of(connection, written.last);
-    if (bearers.size() > MOST_BEARERS) continue;
+    const auto bearers = reader.bearers(text::lowercase(written.last), MAX_BEARERS + 1);
+    if (bearers.size() > MAX_BEARERS) continue;
     const double share = 1 / std::pow(static_cast<double>(bearers.size()), 0.25);
-    for (const Bearer& bearer : bearers) raise(scores, bearer.id, share * certainty(written, bearer));
+    for (const index::SymbolHead& bearer : bearers)
+      raise(scores, bearer.id, share * certainty(written, bearer));
   }
   return scores;
 }

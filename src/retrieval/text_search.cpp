@@ -7,19 +7,15 @@
 #include <optional>
 #include <utility>
 
-#include "index/schema.h"
 #include "index/search_rows.h"
 #include "retrieval/bm25.h"
 #include "retrieval/task_words.h"
-#include "retrieval/text_sizes.h"
 #include "words/words.h"
 
 namespace tarnwick::retrieval {
 namespace {
 
-using index::Connection;
-
-/// How much a word counts in each of storage::SEARCH_COLUMNS: for its symbol, and for its file, of which the
+/// How much a word counts in each of index::SEARCH_COLUMNS: for its symbol, and for its file, of which the
 /// columns that repeat others say nothing new.
 constexpr std::array<double, index::SEARCH_COLUMNS.size()> SYMBOL_WEIGHTS = {2, 2, 3, 1, 1, 0.5, 0};
 constexpr std::array<double, index::SEARCH_COLUMNS.size()> FILE_WEIGHTS = {1, 1, 0, 0, 1, 0, 1};
@@ -27,31 +23,19 @@ constexpr std::size_t NAME = 2;
 constexpr std::size_t PATH = index::SEARCH_COLUMNS.size() - 1;
 static_assert(index::SEARCH_COLUMNS[NAME] == "name");
 
-std::size_t column_number(std::string_view name) {
-  return static_cast<std::size_t>(std::ranges::find(index::SEARCH_COLUMNS, name) -
-                                  index::SEARCH_COLUMNS.begin());
-}
-
 /// The search of one task.
 class TextSearch {
  public:
-  explicit TextSearch(Connection& connection)
-      : connection_(&connection),
-        sizes_(connection.fact<TextSizes>()),
+  explicit TextSearch(const index::Reader& reader)
+      : reader_(&reader),
+        sizes_(reader.text_sizes()),
         symbols_(sizes_.symbols(), sizes_.average_symbol()),
         names_(sizes_.symbols().size()),
-        files_(sizes_.files(), sizes_.average_file()) {
-    connection.execute(
-        "CREATE VIRTUAL TABLE IF NOT EXISTS temp.search_words USING fts5vocab (main, search, instance)");
-  }
+        files_(sizes_.files(), sizes_.average_file()) {}
 
   /// How telling the word is.
   double add(const std::string& word) {
-    SQLite::Statement& query = connection_->prepare("SELECT doc, col FROM temp.search_words WHERE term = ?");
-    query.bind(1, word);
-    while (query.executeStep())
-      add(query.getColumn(0).getInt64(), column_number(query.getColumn(1).getText()));
-    query.reset();
+    reader_->postings(word, [this](std::int64_t row, std::size_t column) { add(row, column); });
     end_file();
     symbols_.end_word();
     names_.end_word();
@@ -115,8 +99,8 @@ class TextSearch {
     id_ = -1;
   }
 
-  Connection* connection_;
-  const TextSizes& sizes_;
+  const index::Reader* reader_;
+  const index::TextSizes& sizes_;
   Bm25 symbols_, names_, files_;
   std::vector<std::int64_t> paths_;
   // Of the word at hand:
@@ -126,22 +110,7 @@ class TextSearch {
   bool in_name_ = false;
 };
 
-bool is_better(const RowScore& a, const RowScore& b) {
-  return a.score != b.score ? a.score > b.score : a.id < b.id;
-}
-
 }  // namespace
-
-Scores scores_of(const std::vector<RowScore>& rows) {
-  Scores scores;
-  for (const RowScore& row : rows) scores.emplace(row.id, row.score);
-  return scores;
-}
-
-void raise(Scores& scores, std::int64_t id, double score) {
-  double& greatest = scores[id];
-  greatest = std::max(greatest, score);
-}
 
 SearchWords SearchWords::of(std::string_view task) {
   SearchWords result;
@@ -172,8 +141,8 @@ void SearchWords::keep_most_telling(std::size_t count,
   words.resize(count);
 }
 
-TextScores search_text(Connection& connection, const SearchWords& words) {
-  TextSearch search(connection);
+TextScores search_text(const index::Reader& reader, const SearchWords& words) {
+  TextSearch search(reader);
   std::unordered_map<std::string, double> weights;
   for (const std::string& word : words.words) weights[word] = search.add(word);
   TextScores scores = std::move(search).scores();
@@ -181,38 +150,14 @@ TextScores search_text(Connection& connection, const SearchWords& words) {
   return scores;
 }
 
-std::unordered_map<std::string, double> word_weights(Connection& connection, const SearchWords& words) {
-  connection.execute("CREATE VIRTUAL TABLE IF NOT EXISTS temp.word_rows USING fts5vocab (main, search, row)");
-  const auto rows = static_cast<double>(connection.fact<TextSizes>().symbols().size());
+std::unordered_map<std::string, double> word_weights(const index::Reader& reader, const SearchWords& words) {
+  const auto rows = static_cast<double>(reader.text_sizes().symbols().size());
   std::unordered_map<std::string, double> weights;
   for (const std::string& word : words.words) {
-    SQLite::Statement& query = connection.prepare("SELECT doc FROM temp.word_rows WHERE term = ?");
-    query.bind(1, word);
-    weights[word] = query.executeStep() ? std::log(1 + rows / query.getColumn(0).getDouble()) : 0;
-    query.reset();
+    const std::int64_t with = reader.rows_with(word);
+    weights[word] = with == 0 ? 0 : std::log(1 + rows / static_cast<double>(with));
   }
   return weights;
-}
-
-void normalise(std::vector<RowScore>& rows) {
-  double greatest = 0;
-  for (const RowScore& row : rows) greatest = std::max(greatest, row.score);
-  if (greatest > 0)
-    for (RowScore& row : rows) row.score /= greatest;
-}
-
-void normalise(Scores& scores) {
-  double greatest = 0;
-  for (const auto& [id, score] : scores) greatest = std::max(greatest, score);
-  if (greatest > 0)
-    for (auto& [id, score] : scores) score /= greatest;
-}
-
-std::vector<RowScore> best(std::vector<RowScore> rows, std::size_t count) {
-  const auto end = rows.begin() + static_cast<std::ptrdiff_t>(std::min(count, rows.size()));
-  std::ranges::partial_sort(rows, end, is_better);
-  rows.erase(end, rows.end());
-  return rows;
 }
 
 }  // namespace tarnwick::retrieval

@@ -7,24 +7,10 @@
 #include <unordered_map>
 #include <vector>
 
-#include "index/connection.h"
+#include "index/reader.h"
+#include "retrieval/scores.h"
 
 namespace tarnwick::retrieval {
-
-/// BM25 of a symbol, file or commit; higher is better, above 0.
-struct RowScore {
-  std::int64_t id = 0;
-  double score = 0;
-};
-
-/// Scores by id.
-using Scores = std::unordered_map<std::int64_t, double>;
-
-/// Of rows that have an id each.
-Scores scores_of(const std::vector<RowScore>& rows);
-
-/// Lets the greater score of an id hold.
-void raise(Scores& scores, std::int64_t id, double score);
 
 /// What of a task is searched for.
 struct SearchWords {
@@ -50,17 +36,10 @@ struct TextScores {
   std::unordered_map<std::string, double> weights;
 };
 
-/// Scores everything that has a word. Throws SQLite::Exception when the table cannot be asked.
-TextScores search_text(index::Connection& connection, const SearchWords& words);
+/// Scores everything that has a word. Throws IndexError when the table cannot be asked.
+TextScores search_text(const index::Reader& reader, const SearchWords& words);
 
 /// The weights of TextScores, of rows instead of files: what can be said before a search.
-std::unordered_map<std::string, double> word_weights(index::Connection& connection, const SearchWords& words);
-
-/// Divides all by the greatest.
-void normalise(std::vector<RowScore>& rows);
-void normalise(Scores& scores);
-
-/// The `count` best rows, best first, equal ones by id.
-std::vector<RowScore> best(std::vector<RowScore> rows, std::size_t count);
+std::unordered_map<std::string, double> word_weights(const index::Reader& reader, const SearchWords& words);
 
 }  // namespace tarnwick::retrieval

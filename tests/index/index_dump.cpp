@@ -4,7 +4,7 @@
 #include <array>
 
 #include "index/index_file.h"
-#include "index/packed_uses.h"
+#include "index/packed.h"
 
 namespace tarnwick::testing {
 namespace {
@@ -34,19 +34,16 @@ constexpr auto QUERIES = std::to_array<const char*>({
 
 /// The ids of names depend on the order in which names came.
 void dump_uses(index::Connection& connection, std::vector<std::string>& lines) {
-  SQLite::Statement query(connection.database(),
-                          "SELECT f.path, u.uses FROM uses AS u JOIN files AS f ON f.id = u.file_id");
-  SQLite::Statement name(connection.database(), "SELECT name FROM names WHERE id = ?");
-  while (query.executeStep()) {
-    const std::string packed = query.getColumn(1).getString();
+  for (const auto& [path, packed] : connection.rows<std::string, std::string>(
+           "SELECT f.path, u.uses FROM uses AS u JOIN files AS f ON f.id = u.file_id")) {
     index::PackedUses uses(packed);
     index::PackedUse use;
     for (int position = 1; uses.next(use); ++position) {
-      name.bind(1, uses.names().at(use.name));
-      std::string line = "use|" + query.getColumn(0).getString() + '|' + std::string(use.qualifier) + '|' +
-                         (name.executeStep() ? name.getColumn(0).getString() : "lost");
-      name.reset();
-      for (const std::int64_t number : {std::int64_t{position}, use.type, use.line, use.count, use.enclosing})
+      const auto name =
+          connection.first<std::string>("SELECT name FROM names WHERE id = ?", uses.names().at(use.name));
+      std::string line = "use|" + path + '|' + std::string(use.qualifier) + '|' + name.value_or("lost") +
+                         '|' + std::string(index::name_of(use.type));
+      for (const std::int64_t number : {std::int64_t{position}, use.line, use.count, use.enclosing})
         line += '|' + std::to_string(number);
       lines.push_back(std::move(line));
     }
@@ -60,7 +57,7 @@ std::vector<std::string> dump(const std::filesystem::path& index_file) {
   connection->execute("CREATE VIRTUAL TABLE temp.search_words USING fts5vocab (main, search, instance)");
   std::vector<std::string> lines;
   for (const char* sql : QUERIES) {
-    SQLite::Statement query(connection->database(), sql);
+    SQLite::Statement& query = connection->prepare(sql);
     while (query.executeStep()) {
       std::string line;
       for (int i = 0; i < query.getColumnCount(); ++i) line += query.getColumn(i).getString() + '|';

@@ -1,4 +1,4 @@
-#include "index/index_file.h"
+#include "index/index.h"
 
 #include <gmock/gmock.h>
 
@@ -7,12 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "index/errors.h"
-#include "index/file_record.h"
-#include "index/packed_imports.h"
-#include "index/packed_uses.h"
-#include "index/past_commits.h"
-#include "index/schema.h"
+#include "index/connection.h"
+#include "index/packed.h"
 #include "support/indexed_tree.h"
 
 namespace tarnwick::testing {
@@ -74,12 +70,12 @@ TEST(Packed, ComesBackAndIsCheckedOnTheWay) {
   EXPECT_EQ(record.search.rows.at(1).at(0), "open clos end ");
   EXPECT_EQ(record.search.rows.at(1).at(1), "open ");
   EXPECT_EQ(index::unpack_sizes(index::pack_sizes(record.search.sizes)), record.search.sizes);
-  const index::FileWords words = index::unpack(record.packed_words);
-  EXPECT_EQ(index::pack(words), record.packed_words);
+  const index::FileWords words = index::unpack_words(record.packed_words);
+  EXPECT_EQ(index::pack_words(words), record.packed_words);
   EXPECT_EQ(index::search_rows(words, "src/a.toy", index::texts_of(record.symbols)).rows, record.search.rows);
   std::vector<std::int64_t> names(record.uses.size());
   for (std::size_t i = 0; i < names.size(); ++i) names[i] = static_cast<std::int64_t>(i * 1000);
-  const std::string uses = index::pack(record.uses, names);
+  const std::string uses = index::pack_uses(record.uses, names);
   const auto read_uses = [](std::string_view packed) {
     index::PackedUses reader(packed);
     index::PackedUse use;
@@ -88,17 +84,18 @@ TEST(Packed, ComesBackAndIsCheckedOnTheWay) {
   };
   EXPECT_NO_THROW(read_uses(uses));
   for (std::size_t size = 0; size < record.packed_words.size(); ++size)
-    EXPECT_THROW(index::unpack(record.packed_words.substr(0, size)), IndexError) << size;
+    EXPECT_THROW(index::unpack_words(record.packed_words.substr(0, size)), index::DamagedValue) << size;
   for (std::size_t size = 0; size < uses.size(); ++size)
-    EXPECT_THROW(read_uses(uses.substr(0, size)), IndexError) << size;
+    EXPECT_THROW(read_uses(uses.substr(0, size)), index::DamagedValue) << size;
 }
 
 TEST(Packed, ImportsComeOnceEach) {
-  const std::string packed = index::pack({{"a.b", "C", "", 1}, {"x", "", "y", 2}, {"a.b", "C", "D", 3}});
+  const std::string packed =
+      index::pack_imports({{"a.b", "C", "", 1}, {"x", "", "y", 2}, {"a.b", "C", "D", 3}});
   std::vector<std::pair<std::string_view, std::string_view>> imports;
   for (const auto& [module, name] : index::unpack_imports(packed)) imports.emplace_back(module, name);
   EXPECT_THAT(imports, ::testing::ElementsAre(std::pair("a.b", "C"), std::pair("x", "")));
-  EXPECT_THROW(index::unpack_imports(packed.substr(0, packed.size() - 2)), IndexError);
+  EXPECT_THROW(index::unpack_imports(packed.substr(0, packed.size() - 2)), index::DamagedValue);
 }
 
 TEST(Packed, PastCommitsAreCheckedOnTheWay) {
@@ -106,12 +103,13 @@ TEST(Packed, PastCommitsAreCheckedOnTheWay) {
   for (const char* text : {"fix", "src/a.py", "open"}) history.texts.number_of(text);
   history.commits.push_back({"c0ffee", 40, false, {}, {}});
   history.commits.push_back({"beef", 1, true, {0, 0}, {{1, {2}}}});
-  const std::string packed = index::pack(history);
-  EXPECT_EQ(index::pack(index::unpack_commits(packed)), packed);
+  const std::string packed = index::pack_commits(history);
+  EXPECT_EQ(index::pack_commits(index::unpack_commits(packed)), packed);
   for (std::size_t size = 0; size < packed.size(); ++size)
-    EXPECT_THROW(index::unpack_commits(packed.substr(0, size)), IndexError) << size;
+    EXPECT_THROW(index::unpack_commits(packed.substr(0, size)), index::DamagedValue) << size;
   history.commits.back().words.push_back(3);
-  EXPECT_THROW(index::unpack_commits(index::pack(history)), IndexError) << "a word that is none";
+  EXPECT_THROW(index::unpack_commits(index::pack_commits(history)), index::DamagedValue)
+      << "a word that is none";
 }
 
 }  // namespace

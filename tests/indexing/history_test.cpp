@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "index/connection.h"
 #include "index/index_dump.h"
-#include "index/past_commits.h"
 #include "retrieval/index_retriever.h"
 #include "support/indexed_tree.h"
 
@@ -42,15 +42,15 @@ class HistoryTest : public ::testing::Test {
     git("add -A");
     git("commit -q -m '" + subject + "'");
   }
-  HistoryOptions options() const { return {.root = tree.root(), .index_file = tree.index_file()}; }
+  HistoryOptions options() const { return {.root = tree.root(), .index = &tree.index()}; }
   HistoryReport update() const {
     tree.update();
     return update_history(options());
   }
   std::vector<std::string> subjects() const {
     std::vector<std::string> result;
-    index::Connection connection(tree.index_file(), index::Connection::Mode::read);
-    const index::PastCommits history = index::read_commits(connection);
+    const auto snapshot = tree.index().snapshot();
+    const index::PastCommits& history = snapshot->past_commits();
     for (const index::PastCommit& commit : history.commits) {
       std::string& subject = result.emplace_back();
       for (const std::uint32_t word : commit.words) subject.append(history.texts.word(word)).append(1, ' ');
@@ -60,7 +60,7 @@ class HistoryTest : public ::testing::Test {
   retrieval::Signals signals_of(const std::string& task, const std::string& fqn) const {
     const repository::StoredRepository repository = tree.open();
     const std::int64_t id = *repository.get_symbol_by_fqn(fqn)->id();
-    for (const auto& hit : retrieval::IndexRetriever(repository).explain(task, 100, false).hits)
+    for (const auto& hit : retrieval::IndexRetriever(repository.resolver()).explain(task, 100, false).hits)
       if (hit.symbol_id == id) return hit.signals;
     return {};
   }
@@ -122,13 +122,14 @@ TEST_F(HistoryTest, AnUpdatedHistoryEqualsAFreshOne) {
   const auto equals_fresh = [&] {
     tree.update();
     update_history(few);
-    const auto updated = tarnwick::testing::dump(few.index_file);
+    const auto updated = tarnwick::testing::dump(tree.index_file());
     HistoryOptions fresh = few;
-    fresh.index_file += ".fresh";
-    std::filesystem::remove(fresh.index_file);
-    tree.update([&](indexing::IndexOptions& other) { other.index_file = fresh.index_file; });
+    index::Index other(tree.index_file().string() + ".fresh");
+    fresh.index = &other;
+    std::filesystem::remove(other.file());
+    tree.update([&](indexing::IndexOptions& changed) { changed.index = &other; });
     update_history(fresh);
-    return updated == tarnwick::testing::dump(fresh.index_file);
+    return updated == tarnwick::testing::dump(other.file());
   };
   update_history(few);
   git("checkout -q -b side");
@@ -173,10 +174,10 @@ TEST(History, IsNoErrorWhereThereIsNone) {
   const IndexedTree tree;
   tree.write("a.toy", "pub fn a\nend\n");
   tree.update();
-  const HistoryReport report = update_history({.root = tree.root(), .index_file = tree.index_file()});
+  const HistoryReport report = update_history({.root = tree.root(), .index = &tree.index()});
   EXPECT_EQ(report.commits, 0);
   const repository::StoredRepository repository = tree.open();
-  EXPECT_FALSE(retrieval::IndexRetriever(repository).retrieve("a", 25, false).note);
+  EXPECT_FALSE(retrieval::IndexRetriever(repository.resolver()).retrieve("a", 25, false).note);
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <thread>
 
 #include "index/index_dump.h"
-#include "index/index_file.h"
 #include "index/index_status.h"
 #include "support/indexed_tree.h"
 
@@ -42,7 +41,8 @@ auto counts(std::int64_t added, std::int64_t changed, std::int64_t removed) {
 std::vector<std::string> fresh_dump(const IndexedTree& tree) {
   const TempFolder other;
   const std::filesystem::path file = std::filesystem::path(other.path()) / "fresh.db";
-  tree.update([&](IndexOptions& options) { options.index_file = file; });
+  index::Index fresh(file);
+  tree.update([&](IndexOptions& options) { options.index = &fresh; });
   return dump(file);
 }
 
@@ -173,7 +173,7 @@ TEST(IndexerUpdate, LeavesOutWhatIsNoSourceAndSaysWhy) {
   tree.update();
   const auto repository = tree.open();
   std::vector<std::string> lines;
-  for (const auto& file : index::skipped_files(repository.connection()))
+  for (const auto& file : repository.snapshot().skipped_files())
     lines.push_back(file.reason + ": " + file.path);
   EXPECT_THAT(lines,
               ElementsAre("binary: zero.toy", "generated: made.toy", "minified: one-line.toy",
@@ -214,7 +214,7 @@ TEST(IndexerUpdate, AnInterruptLeavesTheOlderStateOrAStartedOne) {
     return tree.update([&](IndexOptions& options) { options.stop = source.get_token(); }, &progress);
   };
   EXPECT_TRUE(stop_at(5).interrupted);
-  const std::int64_t progress = index::indexing_progress(tree.open().connection());
+  const std::int64_t progress = tree.index().snapshot()->progress();
   EXPECT_GT(progress, 0);
   EXPECT_LT(progress, 100);
   tree.update();

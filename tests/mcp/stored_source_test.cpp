@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <thread>
 
-#include "index/index_file.h"
 #include "mcp/confined_repository.h"
 #include "support/indexed_tree.h"
 
@@ -36,8 +35,7 @@ class SlowExtractor final : public facts::Extractor {
 class StoredSourceTest : public ::testing::Test {
  protected:
   mcp::StoredSource source(bool watch) const {
-    return {
-        "tree", {.root = tree_.root(), .index_file = tree_.index_file(), .extractor = &extractor_}, watch};
+    return {"tree", tree_.index_file(), {.root = tree_.root(), .extractor = &extractor_}, watch};
   }
   static mcp::Call call() { return {{}, mcp::Call::Clock::now() + 20s}; }
 
@@ -126,7 +124,7 @@ TEST_F(StoredSourceTest, WaitsOnceForAnotherThatWrites) {
   tree_.write("a.toy", "fn one\nend\n");
   mcp::StoredSource source = this->source(true);
   progress_of(source);
-  const index::WriterLock lock(tree_.index_file(), {});
+  const auto writer = tree_.index().write({});
   tree_.write("a.toy", "fn other\nend\n");
   source.refresh(call());
   const auto start = mcp::Call::Clock::now();
@@ -140,8 +138,9 @@ TEST_F(StoredSourceTest, MakesADamagedIndexAnewOnce) {
   tree_.write("a.toy", "fn one\nend\n");
   mcp::StoredSource source = this->source(true);
   progress_of(source);
-  source.renew();
-  source.renew();
+  const index::IndexError error(index::IndexError::Kind::damaged, "it is damaged");
+  source.renew(error);
+  source.renew(error);
   EXPECT_EQ(progress_of(source).back(), 100);
   EXPECT_EQ(matches(source, "one"), 1);
   EXPECT_TRUE(std::filesystem::exists(tree_.index_file().string() + ".damaged-1"));

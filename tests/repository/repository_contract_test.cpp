@@ -33,18 +33,23 @@ class Subject {
   virtual const Repository& repository() const = 0;
 };
 
+struct Opened {
+  explicit Opened(const IndexedTree& tree) : stored(tree.open()) {}
+  repository::StoredRepository stored;
+};
+
 class StoredSubject final : public Subject {
  public:
   StoredSubject() {
     for (const Source& source : SOURCES) tree_.write(source.path, source.text);
     tree_.update();
-    repository_ = std::make_unique<repository::StoredRepository>(tree_.index_file(), tree_.root());
+    repository_.emplace(tree_);
   }
-  const Repository& repository() const override { return *repository_; }
+  const Repository& repository() const override { return repository_->stored; }
 
  private:
   IndexedTree tree_;
-  std::unique_ptr<repository::StoredRepository> repository_;
+  std::optional<Opened> repository_;
 };
 
 class FakeSubject final : public Subject {

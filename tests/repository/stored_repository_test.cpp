@@ -5,7 +5,6 @@
 #include "facts/import_keys.h"
 #include "index/docstrings.h"
 #include "index/errors.h"
-#include "index/read_pool.h"
 #include "support/indexed_tree.h"
 
 namespace tarnwick::testing {
@@ -187,18 +186,16 @@ TEST_F(StoredRepositoryTest, SeesOneStateHoweverTheIndexMovesOn) {
 }
 
 TEST_F(StoredRepositoryTest, KeepsConnectionsForTheStateThatThereIs) {
-  index::ReadPool pool(tree_.index_file());
-  EXPECT_THROW(pool.take(), index::IndexError);
+  repository::Store store(tree_.index_file(), tree_.root());
+  EXPECT_THROW(store.open(), index::IndexError);
   indexed({{"a.toy", "fn get\nend\n"}, {"user.toy", "fn user\nget()\nend\n"}});
-  const auto fan_in_now = [&] {
-    return fan_in(repository::StoredRepository(pool.take(), tree_.root()), "a.toy");
-  };
-  const auto held = pool.take();
+  const auto fan_in_now = [&] { return fan_in(store.open(), "a.toy"); };
+  const auto held = store.open();
   EXPECT_DOUBLE_EQ(fan_in_now(), 1);
   tree_.write("more.toy", "fn more\nget()\nend\n");
   tree_.update();
   EXPECT_DOUBLE_EQ(fan_in_now(), 2) << "what was worked out goes with its state";
-  EXPECT_DOUBLE_EQ(fan_in(repository::StoredRepository(held, tree_.root()), "a.toy"), 1);
+  EXPECT_DOUBLE_EQ(fan_in(held, "a.toy"), 1);
   std::filesystem::remove(tree_.index_file());
   std::filesystem::remove(tree_.index_file().string() + "-wal");
   std::filesystem::remove(tree_.index_file().string() + "-shm");

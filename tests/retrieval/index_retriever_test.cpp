@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "retrieval/file_table.h"
+#include "index/connection.h"
+#include "retrieval/place.h"
 #include "retrieval/text_search.h"
 #include "support/indexed_tree.h"
 
@@ -24,7 +25,7 @@ std::vector<std::string> ranked(const IndexedTree& tree, const std::string& task
                                 std::int64_t limit = 25) {
   const repository::StoredRepository repository = tree.open();
   std::vector<std::string> names;
-  for (const HitPtr& hit : IndexRetriever(repository).retrieve(task, limit, include_tests).hits) {
+  for (const HitPtr& hit : IndexRetriever(repository.resolver()).retrieve(task, limit, include_tests).hits) {
     const auto symbols = repository.symbols_with_paths({hit->symbol_id()});
     names.emplace_back((*symbols->find(hit->symbol_id()))->fqn().view());
   }
@@ -34,7 +35,7 @@ std::vector<std::string> ranked(const IndexedTree& tree, const std::string& task
 Signals signals_of(const IndexedTree& tree, const std::string& task, const std::string& fqn) {
   const repository::StoredRepository repository = tree.open();
   const std::int64_t id = *repository.get_symbol_by_fqn(fqn)->id();
-  for (const ExplainedHit& hit : IndexRetriever(repository).explain(task, 100, true).hits)
+  for (const ExplainedHit& hit : IndexRetriever(repository.resolver()).explain(task, 100, true).hits)
     if (hit.symbol_id == id) return hit.signals;
   ADD_FAILURE() << fqn << " is not ranked for " << task;
   return {};
@@ -119,7 +120,8 @@ TEST_F(IndexRetrieverTest, SymbolsOfOneFileTakeTurnsWithOthers) {
 
 TEST_F(IndexRetrieverTest, EqualScoresComeInOrderOfIds) {
   const repository::StoredRepository repository = tree.open();
-  const ExplainedRanking ranking = IndexRetriever(repository).explain("acquire connection limit", 25, true);
+  const ExplainedRanking ranking =
+      IndexRetriever(repository.resolver()).explain("acquire connection limit", 25, true);
   EXPECT_TRUE(std::ranges::is_sorted(ranking.hits, [](const ExplainedHit& a, const ExplainedHit& b) {
     return a.score != b.score ? a.score > b.score : a.symbol_id < b.symbol_id;
   }));
@@ -129,7 +131,8 @@ TEST_F(IndexRetrieverTest, EqualScoresComeInOrderOfIds) {
 TEST_F(IndexRetrieverTest, NotesATableThatCannotBeAsked) {
   index::Connection(tree.index_file(), index::Connection::Mode::write).execute("DROP TABLE search");
   const repository::StoredRepository repository = tree.open();
-  const RetrievalResult result = IndexRetriever(repository).retrieve("call check_limit()", 25, false);
+  const RetrievalResult result =
+      IndexRetriever(repository.resolver()).retrieve("call check_limit()", 25, false);
   ASSERT_TRUE(result.note);
   EXPECT_THAT(std::string(result.note->view()), ::testing::HasSubstr("text index"));
   EXPECT_THAT(result.hits, Not(::testing::IsEmpty())) << "names are still found";
@@ -146,7 +149,7 @@ TEST(Fold, EverySignalSpeaksFor) {
   }
 }
 
-TEST(FileTable, JudgesPathsByWholeNames) {
+TEST(Place, JudgesPathsByWholeNames) {
   for (const char* path : {"examples/a.c", "a/benches/b.rs", "docs/x/y.py", "third_party/z.cc"})
     EXPECT_TRUE(is_periphery(path)) << path;
   for (const char* path : {"src/example.c", "src/docsify/a.js", "documents/a.py", "demo.go"})

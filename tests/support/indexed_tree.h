@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "indexing/indexer.h"
-#include "repository/stored_repository.h"
+#include "repository/store.h"
 #include "support/fakes.h"
 #include "support/toy_language.h"
 
@@ -28,17 +28,19 @@ class IndexedTree {
 
   indexing::IndexReport update(const std::function<void(indexing::IndexOptions&)>& change = {},
                                indexing::Progress* progress = nullptr) const {
-    indexing::IndexOptions options{.root = root(), .index_file = index_file(), .extractor = &extractor_};
+    indexing::IndexOptions options{.root = root(), .index = &store_.index(), .extractor = &extractor_};
     if (change) change(options);
     return indexing::update_index(options, progress);
   }
-  repository::StoredRepository open() const { return {index_file(), root()}; }
+  index::Index& index() const { return store_.index(); }
+  repository::StoredRepository open() const { return store_.open(); }
 
  private:
   std::filesystem::path folder() const { return std::filesystem::canonical(folder_.path()); }
 
   TempFolder folder_;
   ToyExtractor extractor_;
+  mutable repository::Store store_{index_file(), root()};
 };
 
 }  // namespace tarnwick::testing

@@ -1,4 +1,4 @@
-#include "retrieval/file_table.h"
+#include "retrieval/place.h"
 
 #include <algorithm>
 #include <array>
@@ -19,27 +19,8 @@ constexpr auto PERIPHERY = std::to_array(
 
 }  // namespace
 
-FileTable::FileTable(index::Connection& connection) {
-  SQLite::Statement& query =
-      connection.prepare("SELECT id, path, is_test FROM files WHERE is_source AND skip IS NULL");
-  while (query.executeStep()) {
-    const std::int64_t id = query.getColumn(0).getInt64();
-    RankedFile file{query.getColumn(1).getString(), query.getColumn(2).getInt() != 0};
-    file.place = (file.is_test ? TEST_PLACE : 1) * (is_periphery(file.path) ? PERIPHERY_PLACE : 1);
-    const auto entry = files_.emplace(id, std::move(file)).first;
-    ids_.emplace(entry->second.path, id);
-  }
-  query.reset();
-}
-
-const RankedFile* FileTable::find(std::int64_t id) const {
-  const auto found = files_.find(id);
-  return found == files_.end() ? nullptr : &found->second;
-}
-
-std::optional<std::int64_t> FileTable::id_of(const std::string& path) const {
-  const auto found = ids_.find(path);
-  return found == ids_.end() ? std::nullopt : std::optional(found->second);
+double place_of(const index::IndexedFile& file) {
+  return (file.is_test ? TEST_PLACE : 1) * (is_periphery(file.path) ? PERIPHERY_PLACE : 1);
 }
 
 bool is_periphery(std::string_view path) {
